@@ -34,6 +34,8 @@ public:
     // Lines above the threshold are dropped before formatting. The default
     // threshold comes from "nLogLevel" of section "Base" (0 when absent).
     static void SetThreshold(int level);
+    // Drops the SetThreshold override: the configured threshold applies again.
+    static void ResetThreshold();
     static int GetThreshold();
     static bool IsEnabled(int level);
 
