@@ -1,0 +1,93 @@
+#include "transport/OracleCloudBaseConnection.h"
+
+namespace OracleCloudSDKWrapper {
+
+COracleCloudBaseConnection::COracleCloudBaseConnection(COracleCloudParser* parser)
+    : COracleCloudErrorHandler(parser),
+      httpClient(new HttpClient()),
+      connected(false),
+      logResponsesAlways(false),
+      logAllCurlErrors(false),
+      service(ORACLE_SERVICE_UNKNOWN) {}
+
+COracleCloudBaseConnection::~COracleCloudBaseConnection() = default;
+
+bool COracleCloudBaseConnection::connect(const std::string&, const std::string&, const std::string&,
+                                         EOracleServiceType) {
+    return false;
+}
+
+bool COracleCloudBaseConnection::checkConnection() { return false; }
+
+bool COracleCloudBaseConnection::SetWebProxy(const std::string& proxyServerText, const std::string& proxyUserText,
+                                             const std::string& proxyPasswordText) {
+    proxyServer = proxyServerText;
+    proxyUser = proxyUserText;
+    proxyPassword = proxyPasswordText;
+    return true;
+}
+
+bool COracleCloudBaseConnection::get(const std::string& url, std::string& response, bool flag1, bool flag2) {
+    return sendReq(HTTP_REQ_GET, url, std::string(), response, flag1, flag2);
+}
+
+bool COracleCloudBaseConnection::post(const std::string& url, const std::string& body, std::string& response) {
+    return sendReq(HTTP_REQ_POST, url, body, response, false, true);
+}
+
+bool COracleCloudBaseConnection::del(const std::string& url, const std::string& body, std::string& response) {
+    return sendReq(HTTP_REQ_DELETE, url, body, response, false, true);
+}
+
+bool COracleCloudBaseConnection::put(const std::string& url, const std::string& body, std::string& response) {
+    return sendReq(HTTP_REQ_PUT, url, body, response, false, true);
+}
+
+void COracleCloudBaseConnection::appendQueryStringArgument(std::string& query, const std::string& argument) {
+    query += query.empty() ? "?" : "&";
+    query += argument;
+}
+
+std::string COracleCloudBaseConnection::getServer() { return server; }
+std::string COracleCloudBaseConnection::getUser() { return user; }
+std::string COracleCloudBaseConnection::getPwd() { return pwd; }
+std::string COracleCloudBaseConnection::getIdentityDomain() { return std::string(); }
+
+long COracleCloudBaseConnection::getLastHTTPErrorCode() { return httpClient->GetHttpErrorCode(); }
+
+std::string COracleCloudBaseConnection::getHttpResponseHeader(const char* name) {
+    if (name == nullptr) {
+        return std::string();
+    }
+    const char* line = httpClient->GetHttpResponseHeader(name);
+    return line != nullptr ? std::string(line) : std::string();
+}
+
+EOracleServiceType COracleCloudBaseConnection::getService() { return service; }
+void COracleCloudBaseConnection::setService(const EOracleServiceType& newService) { service = newService; }
+
+void COracleCloudBaseConnection::setRegion(const std::string&) {}
+std::string COracleCloudBaseConnection::getRegion() { return std::string(); }
+
+void COracleCloudBaseConnection::recvResp(std::string& response) {
+    size_t size = 0;
+    const char* body = httpClient->GetHttpResponse(size, false);
+    if (body != nullptr) {
+        response.assign(body, size);
+    } else {
+        response.clear();
+    }
+}
+
+std::string COracleCloudBaseConnection::urlEncode(const std::string& text) {
+    std::string encoded;
+    httpClient->UrlEscape(text, encoded);
+    if (encoded.empty()) {
+        OCW_LOG_ERROR(&debugLog, "Failed to encode [%s] - result empty", text.c_str());
+        return text;
+    }
+    OCW_LOG_LVL(2, &debugLog, "Encoded [%s]=>[%s]", text.c_str(), encoded.c_str());
+    return encoded;
+}
+
+}  // namespace OracleCloudSDKWrapper
