@@ -1,0 +1,25 @@
+#pragma once
+#include <string>
+
+#include "facade/OracleCloudBaseOperations.h"
+#include "platform/DebugLog.h"
+
+namespace OracleCloudSDKWrapper {
+
+// The write side of the Infrastructure backend. In this build only deletion by link
+// exists; every other operation answers false through the base defaults.
+class COracleCloudInfrastructureOperations : public COracleCloudBaseOperations {
+public:
+    // Neither pointer is owned.
+    COracleCloudInfrastructureOperations(COracleCloudBaseConnection* connection, COracleCloudParser* parser);
+    ~COracleCloudInfrastructureOperations() override;
+
+    // DELETE of link with an empty body; on failure the answer's "message"
+    // becomes the last error.
+    bool DeleteObjectFromLink(const std::string& link) override;
+
+protected:
+    DebugLog m_debugLog;
+};
+
+}  // namespace OracleCloudSDKWrapper
