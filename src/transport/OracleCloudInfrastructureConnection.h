@@ -100,6 +100,7 @@ protected:
     uint32_t maxRequestRetryCount;
     std::string apiDomain;         // without a leading dot
     std::string endpointOverride;  // without a trailing slash; empty = none
+    bool m_lastAttemptSent = false;  // the last attempt reached the HTTP client
 };
 
 }  // namespace OracleCloudSDKWrapper
