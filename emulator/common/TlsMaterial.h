@@ -18,7 +18,8 @@ struct TlsMaterial {
 // Makes sure `dir` holds a CA and a server certificate issued by it whose
 // subjectAltName lists every name of `dnsNames` and every address of
 // `ipAddresses` (IPv4 or IPv6 text). DNS names may be wildcards of the form
-// "*.example.com". Keys are EC P-256, signatures SHA-256, validity ten years,
+// "*.example.com"; a wildcard covers exactly one label, so OCI service hosts
+// need "*.us-phoenix-1.oraclecloud.com", not "*.oraclecloud.com". Keys are EC P-256, signatures SHA-256, validity ten years,
 // serial numbers random.
 //
 // Files already there are reused when they are intact, unexpired, belong

@@ -8,6 +8,7 @@
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
 
+#include <chrono>
 #include <mutex>
 
 #include "platform/DebugLog.h"
@@ -61,6 +62,12 @@ struct HttpClient::Impl {
     DebugLog ownLog;
     const EventBase* logCtx = nullptr;
     std::vector<X509*> extraCaCerts;  // from sCACertFile
+    long long stallSeconds = 0;       // 0: no stall watchdog
+
+    // Progress of the running transfer, for the stall watchdog.
+    curl_off_t progressBytes = 0;
+    std::chrono::steady_clock::time_point progressTime;
+    bool stalled = false;
 
     // Request state chosen by the caller, kept until FreeHeaderList().
     std::vector<std::string> headerLines;
@@ -103,6 +110,25 @@ struct HttpClient::Impl {
             self->responseHeaders.push_back(std::move(line));
         }
         return n;
+    }
+
+    // libcurl's low-speed check averages over a window of several seconds, so
+    // a burst before a stall keeps a dead transfer alive well past its limit.
+    // This watchdog aborts once no byte has moved either way for the limit.
+    static int OnProgress(void* user, curl_off_t, curl_off_t dlnow, curl_off_t, curl_off_t ulnow) {
+        auto* self = static_cast<Impl*>(user);
+        auto now = std::chrono::steady_clock::now();
+        curl_off_t moved = dlnow + ulnow;
+        if (moved != self->progressBytes) {
+            self->progressBytes = moved;
+            self->progressTime = now;
+            return 0;
+        }
+        if (now - self->progressTime >= std::chrono::seconds(self->stallSeconds)) {
+            self->stalled = true;
+            return 1;
+        }
+        return 0;
     }
 
     // Runs for every new TLS connection, after libcurl has loaded the default
@@ -153,6 +179,10 @@ struct HttpClient::Impl {
         if (lowSpeedTime > 0) {
             curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
             curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, static_cast<long>(lowSpeedTime));
+            stallSeconds = lowSpeedTime;
+            curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, &Impl::OnProgress);
+            curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
+            curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
         }
 
         std::string caFile = PlatformConfig::getStringTrim(kSection, "sCACertFile");
@@ -178,6 +208,9 @@ struct HttpClient::Impl {
         responseHeaders.clear();
         transferError.clear();
         errorBuffer[0] = '\0';
+        progressBytes = 0;
+        progressTime = std::chrono::steady_clock::now();
+        stalled = false;
     }
 
     bool HeaderListHasContentType() const {
@@ -374,7 +407,10 @@ bool HttpClient::SendHttpRequest(HTTP_REQ_TYPE type, const std::string& url, con
     CURLcode rc = curl_easy_perform(d.curl);
     curl_easy_getinfo(d.curl, CURLINFO_RESPONSE_CODE, &d.status);
     if (rc != CURLE_OK) {
-        d.transferError = d.errorBuffer[0] ? std::string(d.errorBuffer) : std::string(curl_easy_strerror(rc));
+        if (d.stalled)
+            d.transferError = StringUtil::Format("Transfer stalled: no data moved for %lld seconds", d.stallSeconds);
+        else
+            d.transferError = d.errorBuffer[0] ? std::string(d.errorBuffer) : std::string(curl_easy_strerror(rc));
         if (logFailure || d.trace)
             OCW_LOG_ERROR(d.Ctx(), "HTTP %s [%s] failed: %s%s%s", method, UrlForLog(url).c_str(),
                           d.transferError.c_str(), logText ? " - " : "", logText ? logText : "");

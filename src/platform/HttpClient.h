@@ -31,8 +31,8 @@ using HttpWriteCallback = size_t (*)(char* data, size_t size, size_t count, void
 //   sCACertFile                  extra CA bundle (PEM), trusted in addition to the
 //                                system's; peer and host are always verified
 //   nHttpConnectTimeoutSeconds   default 30
-//   nHttpTransferTimeoutSeconds  default 600: a transfer below 1 byte/s for this long is
-//                                aborted; 0 switches the limit off
+//   nHttpTransferTimeoutSeconds  default 600: a transfer that moves no byte (or below
+//                                1 byte/s) for this long is aborted; 0 switches it off
 //
 // Per request the client resets method, body and the last response; the header
 // list and basic credentials stay until FreeHeaderList(), options set through
