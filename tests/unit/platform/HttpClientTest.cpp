@@ -189,6 +189,23 @@ TEST_F(HttpClientTest, SendsMethodAndExactBodyBytesForEachVerb) {
     EXPECT_EQ(srv.connectionCount(), 1u) << "the verbs share one connection";
 }
 
+TEST_F(HttpClientTest, SendsCallersHostAndContentLengthInPlaceOfItsOwn) {
+    // A signed OCI request names the canonical service host and the body
+    // length itself while the URL points at a local endpoint.
+    HttpClient c;
+    c.HttpClientInit("content-type: application/json", true, true);
+    c.AppendHeader(HTTP_HEADER_LINE, "Host: iaas.us-phoenix-1.oraclecloud.com");
+    c.AppendHeader(HTTP_HEADER_LINE, "Content-Length: 7");
+    c.AppendHeader(HTTP_HEADER_LINE, "Connection: Keep-Alive");
+    ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_POST, srv.url("/echo"), "{\"a\":1}", 7, false, true, nullptr))
+        << c.GetLastTransferError();
+    auto r = srv.lastRequest();
+    EXPECT_EQ(r.headers.count("Host"), 1u);
+    EXPECT_EQ(r.header("Host"), "iaas.us-phoenix-1.oraclecloud.com");
+    EXPECT_EQ(r.headers.count("Content-Length"), 1u);
+    EXPECT_EQ(r.body, "{\"a\":1}");
+}
+
 TEST_F(HttpClientTest, SendsLargeBodyAtOnceWithoutWaitingForContinue) {
     std::string big(3 * 1024 * 1024, 'x');
     HttpClient c;
