@@ -15,8 +15,9 @@ unsigned long long GetSizeValue(const JsonObject& obj, const char* key) {
     const JsonValue* v = obj.if_contains(key);
     if (v == nullptr) return 0;
     if (const boost::json::string* s = v->if_string()) {
+        // Only a plain byte count: "10G" is a request-side unit form, not bytes.
         std::string digits = StringUtil::Trim(std::string(s->data(), s->size()));
-        if (digits.empty() || digits[0] == '-') return 0;
+        if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) return 0;
         errno = 0;
         unsigned long long value = std::strtoull(digits.c_str(), nullptr, 10);
         return errno == ERANGE ? 0 : value;
