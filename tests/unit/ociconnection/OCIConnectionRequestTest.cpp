@@ -104,7 +104,7 @@ TEST_F(OciConnectionRequest, SignatureStateMatchesTheFixedClock)
     EXPECT_EQ(verify(m_server.lastRequest()), "");
 }
 
-TEST_F(OciConnectionRequest, HeadersArriveInTheDesignedOrder)
+TEST_F(OciConnectionRequest, HeadersArriveInTheOrderTheConnectionBuildsThem)
 {
     TempDir tls;
     RawServer raw(tls.path(), "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\nConnection: close\r\n\r\n{}");

@@ -1,6 +1,6 @@
 // The retry loop: which answers are retried, how often, and how long it pauses.
 // Attempts are counted on a real server; pauses are either real (0 s, 1 s) or
-// recorded without sleeping to check the designed arithmetic.
+// recorded without sleeping to check the back-off arithmetic.
 #include <atomic>
 #include <chrono>
 

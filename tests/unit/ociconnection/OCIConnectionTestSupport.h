@@ -27,7 +27,7 @@ inline EVP_PKEY* connectionKey()
     return key.get();
 }
 
-// Records the pauses instead of sleeping when asked to, so the designed
+// Records the pauses instead of sleeping when asked to, so the
 // back-off arithmetic can be checked without waiting for it.
 class TestConnection : public OracleCloudSDKWrapper::COracleCloudInfrastructureConnection {
 public:
