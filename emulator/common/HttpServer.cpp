@@ -1,0 +1,108 @@
+#include "common/HttpServer.h"
+
+#include "common/TimeUtil.h"
+
+#include <httplib.h>
+#include <openssl/ssl.h>
+#include <sys/socket.h>
+
+#include <cctype>
+
+namespace ocwemu {
+
+HttpServer::HttpServer() = default;
+
+HttpServer::~HttpServer() { stop(); }
+
+static std::string Lower(std::string s) {
+    for (auto& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+static void Serve(const HttpServer::Dispatch& dispatch, const httplib::Request& hreq, httplib::Response& hres) {
+    ApiRequest req;
+    req.method = hreq.method;
+    req.target = hreq.target;
+    for (const auto& h : hreq.headers) {
+        std::string name = Lower(h.first);
+        // cpp-httplib files the peer's and its own address among the headers.
+        if (name == "remote_addr" || name == "remote_port" || name == "local_addr" || name == "local_port") continue;
+        req.headers.emplace(std::move(name), h.second);
+    }
+    req.body = hreq.body;
+    req.host = hreq.get_header_value("Host");
+    req.remoteAddr = hreq.remote_addr;
+    req.nowMs = NowMs();
+
+    ApiResponse res;
+    dispatch(req, res);
+
+    if (res.transportFault == "close") {
+        // Drop the connection under the client's feet: no status line at all.
+        if (hreq.ssl) {
+            int fd = SSL_get_fd(hreq.ssl);
+            if (fd >= 0) ::shutdown(fd, SHUT_RDWR);
+        }
+        hres.status = 500;
+        return;
+    }
+    hres.status = res.status;
+    for (const auto& h : res.headers) hres.set_header(h.first, h.second);
+    if (res.transportFault == "truncate" && !res.body.empty()) {
+        auto body = std::make_shared<std::string>(std::move(res.body));
+        hres.set_content_provider(body->size(), res.contentType.empty() ? "application/octet-stream" : res.contentType,
+                                  [body](size_t, size_t, httplib::DataSink& sink) {
+                                      sink.write(body->data(), body->size() / 2);
+                                      return false;  // ends the connection mid-body
+                                  });
+        return;
+    }
+    if (!res.body.empty() || !res.contentType.empty())
+        hres.set_content(res.body, res.contentType.empty() ? "application/octet-stream" : res.contentType.c_str());
+}
+
+bool HttpServer::start(const std::string& host, int port, const std::string& certFile, const std::string& keyFile,
+                       int threads, Dispatch dispatch, std::string& error) {
+    server_ = std::make_unique<httplib::SSLServer>(certFile.c_str(), keyFile.c_str());
+    if (!server_->is_valid()) {
+        error = "cannot load the server certificate " + certFile;
+        server_.reset();
+        return false;
+    }
+    const size_t workers = threads > 0 ? static_cast<size_t>(threads) : 16;
+    server_->new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
+    server_->set_keep_alive_max_count(1000000);
+    server_->set_keep_alive_timeout(30);
+    server_->set_read_timeout(30, 0);
+    server_->set_write_timeout(30, 0);
+    server_->set_tcp_nodelay(true);
+    auto handler = [dispatch](const httplib::Request& rq, httplib::Response& rs) { Serve(dispatch, rq, rs); };
+    server_->Get(".*", handler);
+    server_->Post(".*", handler);
+    server_->Put(".*", handler);
+    server_->Patch(".*", handler);
+    server_->Delete(".*", handler);
+    server_->Options(".*", handler);
+    if (port == 0) {
+        port_ = server_->bind_to_any_port(host.c_str());
+    } else {
+        port_ = server_->bind_to_port(host.c_str(), port) ? port : -1;
+    }
+    if (port_ <= 0) {
+        error = "cannot listen on " + host + ":" + std::to_string(port);
+        server_.reset();
+        port_ = 0;
+        return false;
+    }
+    httplib::SSLServer* s = server_.get();
+    thread_ = std::thread([s] { s->listen_after_bind(); });
+    return true;
+}
+
+void HttpServer::stop() {
+    if (server_) server_->stop();
+    if (thread_.joinable()) thread_.join();
+    server_.reset();
+}
+
+}  // namespace ocwemu

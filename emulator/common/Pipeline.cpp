@@ -1,0 +1,95 @@
+#include "common/Pipeline.h"
+
+#include "common/Ids.h"
+
+#include <chrono>
+#include <exception>
+#include <thread>
+
+namespace ocwemu {
+
+bool IsLoopback(const std::string& addr) {
+    return addr.rfind("127.", 0) == 0 || addr == "::1" || addr.rfind("::ffff:127.", 0) == 0;
+}
+
+void Pipeline::handleAdmin(ApiRequest& req, ApiResponse& res) {
+    if (!IsLoopback(req.remoteAddr)) {
+        res.error(403, "NotAllowed", "The admin interface answers loopback clients only.");
+        return;
+    }
+    Router::Match m = admin_.find(req);
+    if (!m.handler) {
+        res.error(m.pathKnown ? 405 : 404, m.pathKnown ? "MethodNotAllowed" : "NotFound",
+                  "No such admin operation.");
+        return;
+    }
+    try {
+        (*m.handler)(req, res);
+    } catch (const std::exception& e) {
+        res.error(500, "InternalServerError", e.what());
+    }
+}
+
+void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
+    const std::string requestId = req.hasHeader("opc-request-id") ? req.header("opc-request-id") : MakeRequestId();
+    std::string pattern = "unmatched";
+    LoggedRequest entry;
+    if (!ParseTarget(req.target, req.rawPath, req.segments, req.query)) {
+        res.error(400, "InvalidParameter", "The request URL is malformed.");
+    } else if (req.rawPath.rfind("/_emulator/", 0) == 0 || req.rawPath == "/_emulator") {
+        handleAdmin(req, res);
+        res.setHeader("opc-request-id", requestId);
+        return;  // admin traffic stays out of the statistics and the log
+    } else {
+        req.region = region_(req.host);
+        Router::Match m = routes_.find(req);
+        if (m.handler) pattern = m.pattern;
+        FaultDecision fault = faults_.match(req.method, req.rawPath, req.host);
+        if (!fault.ruleId.empty()) {
+            stats_.recordFault(fault.ruleId);
+            entry.fault = fault.ruleId;
+        }
+        if (fault.delayMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
+        std::string reason;
+        if (fault.action == "status") {
+            res.error(fault.status, fault.code, fault.message);
+            if (fault.status == 429 || fault.status == 503) res.setHeader("retry-after", "1");
+        } else if (fault.action == "close") {
+            res.transportFault = "close";
+        } else if (!auth_(req, m.handler ? m.auth : RouteAuth::OciSignature, res, reason)) {
+            stats_.recordRejection(reason);
+            entry.rejection = reason;
+        } else if (!m.handler) {
+            if (m.pathKnown)
+                res.error(405, "MethodNotAllowed", "The method " + req.method + " is not allowed on this resource.");
+            else
+                err::NotFound(res);
+        } else {
+            try {
+                std::lock_guard<std::mutex> lock(store_.mutex());
+                (*m.handler)(req, res);
+            } catch (const std::exception& e) {
+                res = ApiResponse{};
+                res.error(500, "InternalServerError", "Internal error occurred.");
+            }
+        }
+        if (fault.action == "truncate") res.transportFault = "truncate";
+    }
+    res.setHeader("opc-request-id", requestId);
+    if (req.hasHeader("opc-client-request-id")) res.setHeader("opc-client-request-id", req.header("opc-client-request-id"));
+
+    stats_.recordRequest(req.method, pattern, req.host, res.status);
+    entry.timeMs = req.nowMs;
+    entry.requestId = requestId;
+    entry.method = req.method;
+    entry.target = req.target;
+    entry.host = req.host;
+    entry.pattern = pattern;
+    entry.headers.assign(req.headers.begin(), req.headers.end());
+    entry.body = req.body;
+    entry.status = res.transportFault == "close" ? 0 : res.status;
+    entry.responseBody = res.body.substr(0, RequestLog::kMaxResponseBody);
+    log_.add(std::move(entry));
+}
+
+}  // namespace ocwemu

@@ -1,0 +1,490 @@
+#include "oci/BlockStorageService.h"
+
+#include "common/Ids.h"
+#include "common/TimeUtil.h"
+
+namespace ocwemu {
+
+static const std::string kV = "/20160918";
+
+static bool Detached(const std::string& s) { return s == "DETACHED" || s == "DETACHING"; }
+
+void BlockStorageService::registerRoutes(Router& r) {
+    auto bind = [this](void (BlockStorageService::*fn)(ApiRequest&, ApiResponse&)) {
+        return [this, fn](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s); };
+    };
+    auto bindB = [this](void (BlockStorageService::*fn)(ApiRequest&, ApiResponse&, bool), bool boot) {
+        return [this, fn, boot](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s, boot); };
+    };
+    r.add("GET", kV + "/volumes", bind(&BlockStorageService::listVolumes));
+    r.add("POST", kV + "/volumes", bind(&BlockStorageService::createVolume));
+    r.add("GET", kV + "/volumes/{volumeId}", bind(&BlockStorageService::getVolume));
+    r.add("PUT", kV + "/volumes/{volumeId}", bind(&BlockStorageService::updateVolume));
+    r.add("DELETE", kV + "/volumes/{volumeId}", bind(&BlockStorageService::deleteVolume));
+    r.add("GET", kV + "/bootVolumes", bind(&BlockStorageService::listBootVolumes));
+    r.add("POST", kV + "/bootVolumes", bind(&BlockStorageService::createBootVolumeApi));
+    r.add("GET", kV + "/bootVolumes/{bootVolumeId}", bind(&BlockStorageService::getBootVolume));
+    r.add("DELETE", kV + "/bootVolumes/{bootVolumeId}", bind(&BlockStorageService::deleteBootVolume));
+    r.add("GET", kV + "/volumeAttachments", bind(&BlockStorageService::listVolumeAttachments));
+    r.add("POST", kV + "/volumeAttachments", bind(&BlockStorageService::attachVolume));
+    r.add("GET", kV + "/volumeAttachments/{volumeAttachmentId}", bind(&BlockStorageService::getVolumeAttachment));
+    r.add("DELETE", kV + "/volumeAttachments/{volumeAttachmentId}", bind(&BlockStorageService::detachVolume));
+    r.add("GET", kV + "/bootVolumeAttachments", bind(&BlockStorageService::listBootVolumeAttachments));
+    r.add("POST", kV + "/bootVolumeAttachments", bind(&BlockStorageService::attachBootVolumeApi));
+    r.add("GET", kV + "/bootVolumeAttachments/{bootVolumeAttachmentId}",
+          bind(&BlockStorageService::getBootVolumeAttachment));
+    r.add("DELETE", kV + "/bootVolumeAttachments/{bootVolumeAttachmentId}",
+          bind(&BlockStorageService::detachBootVolume));
+    for (bool boot : {false, true}) {
+        const std::string base = kV + (boot ? "/bootVolumeBackups" : "/volumeBackups");
+        const std::string idp = boot ? "/{bootVolumeBackupId}" : "/{volumeBackupId}";
+        r.add("GET", base, bindB(&BlockStorageService::listBackups, boot));
+        r.add("POST", base, bindB(&BlockStorageService::createBackup, boot));
+        r.add("GET", base + idp, bindB(&BlockStorageService::getBackup, boot));
+        r.add("DELETE", base + idp, bindB(&BlockStorageService::deleteBackup, boot));
+    }
+}
+
+// --- helpers ------------------------------------------------------------------
+
+Resource& BlockStorageService::makeVolume(bool boot, const std::string& compartmentId, const std::string& region,
+                                          const std::string& ad, const std::string& name, std::int64_t sizeInGBs,
+                                          std::int64_t nowMs,
+                                          const std::vector<std::pair<std::string, std::int64_t>>& steps) {
+    Resource v = newResource(boot ? "bootvolume" : "volume", boot ? "bootvolume" : "volume", compartmentId, region,
+                             nowMs);
+    v.doc["availabilityDomain"] = ad;
+    v.doc["displayName"] = name;
+    v.doc["sizeInGBs"] = sizeInGBs;
+    v.doc["sizeInMBs"] = sizeInGBs * 1024;
+    v.doc["vpusPerGB"] = 10;
+    v.doc["isAutoTuneEnabled"] = false;
+    v.doc["kmsKeyId"] = nullptr;
+    v.doc["volumeGroupId"] = nullptr;
+    v.doc["sourceDetails"] = nullptr;
+    v.doc["freeformTags"] = JObject{};
+    v.doc["definedTags"] = JObject{};
+    v.doc["systemTags"] = JObject{};
+    return addResource(std::move(v), nowMs, steps);
+}
+
+bool BlockStorageService::volumeInUse(const Resource& volume, std::int64_t nowMs) const {
+    for (Resource* a : store_.list("volumeattachment", "", nowMs))
+        if (JStr(a->doc, "volumeId") == volume.id && !Detached(stateOf(*a, nowMs))) return true;
+    return false;
+}
+
+bool BlockStorageService::bootVolumeInUse(const Resource& bootVolume, std::int64_t nowMs) const {
+    for (Resource* a : store_.list("bootvolumeattachment", "", nowMs))
+        if (JStr(a->doc, "bootVolumeId") == bootVolume.id && !Detached(stateOf(*a, nowMs))) return true;
+    return false;
+}
+
+int BlockStorageService::activeAttachments(const Resource& instance, std::int64_t nowMs) const {
+    int n = 0;
+    for (Resource* a : store_.list("volumeattachment", instance.compartmentId, nowMs))
+        if (JStr(a->doc, "instanceId") == instance.id && !Detached(stateOf(*a, nowMs))) ++n;
+    return n;
+}
+
+Resource& BlockStorageService::createBootVolume(const Resource& instance, const std::string& imageId,
+                                                std::int64_t sizeInGBs, std::int64_t nowMs, std::int64_t delayMs) {
+    Resource& bv = makeVolume(true, instance.compartmentId, instance.region, JStr(instance.doc, "availabilityDomain"),
+                              JStr(instance.doc, "displayName") + " (Boot Volume)", sizeInGBs, nowMs,
+                              {{"PROVISIONING", 0}, {"AVAILABLE", delayMs}});
+    bv.doc["imageId"] = imageId;
+    return bv;
+}
+
+Resource& BlockStorageService::attachBootVolume(const Resource& instance, const Resource& bootVolume,
+                                                std::int64_t nowMs, std::int64_t delayMs) {
+    Resource a = newResource("bootvolumeattachment", "bootvolumeattachment", instance.compartmentId, instance.region, nowMs);
+    a.doc["availabilityDomain"] = JStr(instance.doc, "availabilityDomain");
+    a.doc["bootVolumeId"] = bootVolume.id;
+    a.doc["instanceId"] = instance.id;
+    a.doc["displayName"] = "Remote boot attachment for instance";
+    a.doc["isPvEncryptionInTransitEnabled"] = false;
+    a.doc["encryptionInTransitType"] = "NONE";
+    return addResource(std::move(a), nowMs, {{"ATTACHING", 0}, {"ATTACHED", delayMs}});
+}
+
+Resource& BlockStorageService::makeVolumeAttachment(const Resource& instance, const Resource& volume,
+                                                    const std::string& type, const JObject& body,
+                                                    std::int64_t nowMs, std::int64_t delayMs) {
+    int index = 0;
+    for (Resource* a : store_.list("volumeattachment", instance.compartmentId, nowMs))
+        if (JStr(a->doc, "instanceId") == instance.id) ++index;
+    Resource a = newResource("volumeattachment", "volumeattachment", instance.compartmentId, instance.region, nowMs);
+    a.doc["attachmentType"] = type;
+    a.doc["availabilityDomain"] = JStr(instance.doc, "availabilityDomain");
+    a.doc["instanceId"] = instance.id;
+    a.doc["volumeId"] = volume.id;
+    a.doc["displayName"] = JHas(body, "displayName") ? JStr(body, "displayName") : "volumeattachment" + std::to_string(index + 1);
+    std::string device = JStr(body, "device");
+    if (device.empty()) device = std::string("/dev/oracleoci/oraclevd") + static_cast<char>('b' + index % 25);
+    a.doc["device"] = device;
+    a.doc["isReadOnly"] = JBool(body, "isReadOnly").value_or(false);
+    a.doc["isShareable"] = JBool(body, "isShareable").value_or(false);
+    a.doc["isPvEncryptionInTransitEnabled"] = JBool(body, "isPvEncryptionInTransitEnabled").value_or(false);
+    a.doc["isMultipath"] = false;
+    a.doc["isVolumeCreatedDuringLaunch"] = false;
+    if (type == "iscsi") {
+        a.doc["iscsiLoginState"] = "UNKNOWN";
+        a.doc["isAgentAutoIscsiLoginEnabled"] = JBool(body, "isAgentAutoIscsiLoginEnabled").value_or(false);
+        a.doc["_ipv4"] = "169.254.2." + std::to_string(2 + index % 250);
+        a.doc["_iqn"] = "iqn.2015-12.com.oracleiaas:" + RandomUuid();
+        if (JBool(body, "useChap").value_or(false)) {
+            a.doc["chapUsername"] = "ocid1.volume.chap";
+            a.doc["chapSecret"] = RandomAlnum(16);
+        }
+    }
+    return addResource(std::move(a), nowMs, {{"ATTACHING", 0}, {"ATTACHED", delayMs}});
+}
+
+Resource& BlockStorageService::makeBackup(bool boot, const Resource& volume, const std::string& name,
+                                          const std::string& type, std::int64_t nowMs,
+                                          const std::vector<std::pair<std::string, std::int64_t>>& steps) {
+    Resource b = newResource(boot ? "bootvolumebackup" : "volumebackup", boot ? "bootvolumebackup" : "volumebackup",
+                             volume.compartmentId, volume.region, nowMs);
+    const std::int64_t size = JInt(volume.doc, "sizeInGBs").value_or(50);
+    const std::int64_t unique = type == "FULL" ? size : std::max<std::int64_t>(1, size / 10);
+    b.doc["displayName"] = name;
+    b.doc[boot ? "bootVolumeId" : "volumeId"] = volume.id;
+    b.doc["type"] = type;
+    b.doc["sourceType"] = "MANUAL";
+    b.doc["sizeInGBs"] = size;
+    b.doc["uniqueSizeInGBs"] = unique;
+    if (!boot) {
+        b.doc["sizeInMBs"] = size * 1024;
+        b.doc["uniqueSizeInMbs"] = unique * 1024;
+    } else {
+        b.doc["imageId"] = JStr(volume.doc, "imageId");
+    }
+    b.doc["timeRequestReceived"] = Rfc3339(nowMs);
+    b.doc["expirationTime"] = nullptr;
+    b.doc["kmsKeyId"] = nullptr;
+    b.doc["freeformTags"] = JObject{};
+    b.doc["definedTags"] = JObject{};
+    b.doc["systemTags"] = JObject{};
+    b.doc["_availabilityDomain"] = JStr(volume.doc, "availabilityDomain");
+    return addResource(std::move(b), nowMs, steps);
+}
+
+void BlockStorageService::releaseInstance(const Resource& instance, bool preserveBootVolume, std::int64_t nowMs) {
+    for (Resource* a : store_.list("volumeattachment", instance.compartmentId, nowMs))
+        if (JStr(a->doc, "instanceId") == instance.id && !Detached(stateOf(*a, nowMs)))
+            store_.schedule(*a, nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+    for (Resource* a : store_.list("bootvolumeattachment", instance.compartmentId, nowMs)) {
+        if (JStr(a->doc, "instanceId") != instance.id || Detached(stateOf(*a, nowMs))) continue;
+        store_.schedule(*a, nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+        if (preserveBootVolume) continue;
+        if (Resource* bv = store_.get(JStr(a->doc, "bootVolumeId"), nowMs, "bootvolume"))
+            store_.schedule(*bv, nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    }
+}
+
+Resource& BlockStorageService::seedVolume(const std::string& compartmentId, const std::string& region,
+                                          const std::string& ad, const std::string& name, std::int64_t sizeInGBs,
+                                          std::int64_t nowMs) {
+    return makeVolume(false, compartmentId, region, ad, name, sizeInGBs, nowMs, {{"AVAILABLE", 0}});
+}
+
+Resource& BlockStorageService::seedVolumeAttachment(const Resource& instance, const Resource& volume,
+                                                    std::int64_t nowMs) {
+    return makeVolumeAttachment(instance, volume, "iscsi", JObject{}, nowMs, 0);
+}
+
+Resource& BlockStorageService::seedVolumeBackup(const Resource& volume, const std::string& name, std::int64_t nowMs) {
+    return makeBackup(false, volume, name, "FULL", nowMs, {{"AVAILABLE", 0}});
+}
+
+// --- volumes and boot volumes ------------------------------------------------
+
+void BlockStorageService::listVolumes(ApiRequest& req, ApiResponse& res) {
+    auto items = listIn(req, "volume", req.param("compartmentId"));
+    filterByParams(req, items, {"availabilityDomain", "displayName", "volumeGroupId"});
+    respondList(req, res, std::move(items));
+}
+
+void BlockStorageService::getVolume(ApiRequest& req, ApiResponse& res) {
+    if (Resource* v = findOr404(req, res, req.path("volumeId"), "volume")) respondOne(res, *v, req.nowMs);
+}
+
+void BlockStorageService::listBootVolumes(ApiRequest& req, ApiResponse& res) {
+    auto items = listIn(req, "bootvolume", req.param("compartmentId"));
+    filterByParams(req, items, {"availabilityDomain", "volumeGroupId"});
+    respondList(req, res, std::move(items));
+}
+
+void BlockStorageService::getBootVolume(ApiRequest& req, ApiResponse& res) {
+    if (Resource* v = findOr404(req, res, req.path("bootVolumeId"), "bootvolume")) respondOne(res, *v, req.nowMs);
+}
+
+void BlockStorageService::createVolume(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    const std::string c = JStr(body, "compartmentId");
+    std::string ad = JStr(body, "availabilityDomain");
+    if (c.empty()) return err::MissingParameter(res, "compartmentId");
+    if (!compartmentExists(c, req.nowMs)) return err::RelatedNotFound(res, "compartment " + c);
+    std::string sourceType, sourceId;
+    if (const JObject* src = JObj(body, "sourceDetails")) {
+        sourceType = JStr(*src, "type");
+        sourceId = JStr(*src, "id");
+        if (sourceType != "volumeBackup" && sourceType != "volume")
+            return err::InvalidParameter(res, "Unsupported sourceDetails type: " + sourceType);
+        if (sourceId.empty()) return err::MissingParameter(res, "sourceDetails.id");
+    } else if (JHas(body, "volumeBackupId")) {
+        sourceType = "volumeBackup";
+        sourceId = JStr(body, "volumeBackupId");
+    }
+    std::int64_t size = 1024;
+    Resource* source = nullptr;
+    if (!sourceType.empty()) {
+        source = find(req, sourceId, sourceType == "volume" ? "volume" : "volumebackup");
+        if (!source) return err::RelatedNotFound(res, sourceType + " " + sourceId);
+        if (stateOf(*source, req.nowMs) != "AVAILABLE")
+            return err::IncorrectState(res, "The source " + sourceType + " is not AVAILABLE.");
+        size = JInt(source->doc, "sizeInGBs").value_or(size);
+        if (ad.empty()) ad = JStr(source->doc, sourceType == "volume" ? "availabilityDomain" : "_availabilityDomain");
+    }
+    if (ad.empty()) return err::MissingParameter(res, "availabilityDomain");
+    if (!world_.knownAvailabilityDomain(req.region, ad))
+        return err::InvalidParameter(res, "Invalid availabilityDomain: " + ad);
+    if (auto s = JInt(body, "sizeInGBs")) {
+        size = *s;
+    } else if (auto mb = JInt(body, "sizeInMBs")) {
+        size = *mb / 1024;
+    }
+    if (size < 50 || size > 32768) return err::InvalidParameter(res, "sizeInGBs must be between 50 and 32768");
+    std::string name = JStr(body, "displayName");
+    if (name.empty()) name = "volume" + std::to_string(req.nowMs % 1000000);
+    const bool restoring = sourceType == "volumeBackup";
+    Resource& v = makeVolume(false, c, req.region, ad, name, size, req.nowMs,
+                             {{restoring ? "RESTORING" : "PROVISIONING", 0}, {"AVAILABLE", P()}});
+    if (source) v.doc["sourceDetails"] = JObject{{"type", sourceType}, {"id", sourceId}};
+    if (auto vpus = JInt(body, "vpusPerGB")) v.doc["vpusPerGB"] = *vpus;
+    CopyMembers(body, v.doc, {"freeformTags", "definedTags", "kmsKeyId"});
+    respondOne(res, v, req.nowMs);
+}
+
+void BlockStorageService::updateVolume(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    Resource* v = findOr404(req, res, req.path("volumeId"), "volume");
+    if (!v) return;
+    if (stateOf(*v, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
+    if (auto s = JInt(body, "sizeInGBs")) {
+        if (*s < JInt(v->doc, "sizeInGBs").value_or(0)) return err::InvalidParameter(res, "A volume cannot shrink.");
+        v->doc["sizeInGBs"] = *s;
+        v->doc["sizeInMBs"] = *s * 1024;
+    }
+    CopyMembers(body, v->doc, {"displayName", "freeformTags", "definedTags", "vpusPerGB"});
+    respondOne(res, *v, req.nowMs);
+}
+
+void BlockStorageService::createBootVolumeApi(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    const std::string c = JStr(body, "compartmentId");
+    if (c.empty()) return err::MissingParameter(res, "compartmentId");
+    if (!compartmentExists(c, req.nowMs)) return err::RelatedNotFound(res, "compartment " + c);
+    const JObject* src = JObj(body, "sourceDetails");
+    if (!src) return err::MissingParameter(res, "sourceDetails");
+    const std::string type = JStr(*src, "type"), id = JStr(*src, "id");
+    if (type != "bootVolumeBackup" && type != "bootVolume")
+        return err::InvalidParameter(res, "Unsupported sourceDetails type: " + type);
+    Resource* source = find(req, id, type == "bootVolume" ? "bootvolume" : "bootvolumebackup");
+    if (!source) return err::RelatedNotFound(res, type + " " + id);
+    if (stateOf(*source, req.nowMs) != "AVAILABLE")
+        return err::IncorrectState(res, "The source " + type + " is not AVAILABLE.");
+    std::string ad = JStr(body, "availabilityDomain");
+    if (ad.empty()) ad = JStr(source->doc, type == "bootVolume" ? "availabilityDomain" : "_availabilityDomain");
+    if (!world_.knownAvailabilityDomain(req.region, ad))
+        return err::InvalidParameter(res, "Invalid availabilityDomain: " + ad);
+    std::int64_t size = JInt(body, "sizeInGBs").value_or(JInt(source->doc, "sizeInGBs").value_or(50));
+    std::string name = JStr(body, "displayName");
+    if (name.empty()) name = "bootvolume" + std::to_string(req.nowMs % 1000000);
+    Resource& v = makeVolume(true, c, req.region, ad, name, size, req.nowMs,
+                             {{type == "bootVolumeBackup" ? "RESTORING" : "PROVISIONING", 0}, {"AVAILABLE", P()}});
+    v.doc["imageId"] = JStr(source->doc, "imageId");
+    v.doc["sourceDetails"] = JObject{{"type", type}, {"id", id}};
+    CopyMembers(body, v.doc, {"freeformTags", "definedTags", "kmsKeyId"});
+    respondOne(res, v, req.nowMs);
+}
+
+void BlockStorageService::deleteAnyVolume(ApiRequest& req, ApiResponse& res, bool boot) {
+    Resource* v = findOr404(req, res, req.path(boot ? "bootVolumeId" : "volumeId"), boot ? "bootvolume" : "volume");
+    if (!v) return;
+    const std::string s = stateOf(*v, req.nowMs);
+    if (s == "TERMINATED") return err::NotFound(res);
+    if (s == "TERMINATING") return res.noContent(204);
+    if (s == "PROVISIONING" || s == "RESTORING")
+        return err::IncorrectState(res, "The volume is still being provisioned.");
+    if (boot ? bootVolumeInUse(*v, req.nowMs) : volumeInUse(*v, req.nowMs))
+        return err::Conflict(res, "The volume is attached to an instance and cannot be deleted.");
+    store_.schedule(*v, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    res.noContent(204);
+}
+
+void BlockStorageService::deleteVolume(ApiRequest& req, ApiResponse& res) { deleteAnyVolume(req, res, false); }
+void BlockStorageService::deleteBootVolume(ApiRequest& req, ApiResponse& res) { deleteAnyVolume(req, res, true); }
+
+// --- attachments ---------------------------------------------------------------
+
+void BlockStorageService::listVolumeAttachments(ApiRequest& req, ApiResponse& res) {
+    std::string c;
+    if (!requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, "volumeattachment", c);
+    filterByParams(req, items, {"availabilityDomain", "instanceId", "volumeId"});
+    respondList(req, res, std::move(items));
+}
+
+void BlockStorageService::getVolumeAttachment(ApiRequest& req, ApiResponse& res) {
+    if (Resource* a = findOr404(req, res, req.path("volumeAttachmentId"), "volumeattachment"))
+        respondOne(res, *a, req.nowMs);
+}
+
+void BlockStorageService::attachVolume(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    std::string type = JStr(body, "type");
+    const std::string instanceId = JStr(body, "instanceId"), volumeId = JStr(body, "volumeId");
+    if (type.empty()) return err::MissingParameter(res, "type");
+    if (type == "service_determined") type = "paravirtualized";
+    if (type != "iscsi" && type != "paravirtualized" && type != "emulated")
+        return err::InvalidParameter(res, "Invalid attachment type: " + type);
+    if (instanceId.empty()) return err::MissingParameter(res, "instanceId");
+    if (volumeId.empty()) return err::MissingParameter(res, "volumeId");
+    Resource* inst = find(req, instanceId, "instance");
+    if (!inst) return err::NotFound(res);
+    Resource* vol = find(req, volumeId, "volume");
+    if (!vol) return err::NotFound(res);
+    const std::string is = stateOf(*inst, req.nowMs);
+    if (is != "RUNNING" && is != "STOPPED")
+        return err::IncorrectState(res, "The instance is " + is + "; volumes attach to RUNNING or STOPPED instances.");
+    if (stateOf(*vol, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
+    if (JStr(vol->doc, "availabilityDomain") != JStr(inst->doc, "availabilityDomain"))
+        return err::InvalidParameter(res, "The volume and the instance are in different availability domains.");
+    if (volumeInUse(*vol, req.nowMs) && !JBool(body, "isShareable").value_or(false))
+        return err::Conflict(res, "The volume is already attached.");
+    if (activeAttachments(*inst, req.nowMs) >= world_.attachmentsPerInstance.load())
+        return err::LimitExceeded(res, "The instance has reached its limit of " +
+                                           std::to_string(world_.attachmentsPerInstance.load()) +
+                                           " block volume attachments.");
+    Resource& a = makeVolumeAttachment(*inst, *vol, type, body, req.nowMs, P());
+    respondOne(res, a, req.nowMs);
+    setWorkRequest(res, req.region);
+}
+
+void BlockStorageService::detachVolume(ApiRequest& req, ApiResponse& res) {
+    Resource* a = findOr404(req, res, req.path("volumeAttachmentId"), "volumeattachment");
+    if (!a) return;
+    const std::string s = stateOf(*a, req.nowMs);
+    if (s == "DETACHED") return err::NotFound(res);
+    if (s == "DETACHING") return res.noContent(204);
+    if (s == "ATTACHING") return err::IncorrectState(res, "The volume is still attaching.");
+    store_.schedule(*a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+    res.noContent(204);
+    setWorkRequest(res, req.region);
+}
+
+void BlockStorageService::listBootVolumeAttachments(ApiRequest& req, ApiResponse& res) {
+    std::string ad, c;
+    if (!requireParam(req, res, "availabilityDomain", ad) || !requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, "bootvolumeattachment", c);
+    filterByParams(req, items, {"availabilityDomain", "instanceId", "bootVolumeId"});
+    respondList(req, res, std::move(items));
+}
+
+void BlockStorageService::getBootVolumeAttachment(ApiRequest& req, ApiResponse& res) {
+    if (Resource* a = findOr404(req, res, req.path("bootVolumeAttachmentId"), "bootvolumeattachment"))
+        respondOne(res, *a, req.nowMs);
+}
+
+void BlockStorageService::attachBootVolumeApi(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    const std::string instanceId = JStr(body, "instanceId"), bvId = JStr(body, "bootVolumeId");
+    if (instanceId.empty()) return err::MissingParameter(res, "instanceId");
+    if (bvId.empty()) return err::MissingParameter(res, "bootVolumeId");
+    Resource* inst = find(req, instanceId, "instance");
+    Resource* bv = find(req, bvId, "bootvolume");
+    if (!inst || !bv) return err::NotFound(res);
+    if (stateOf(*inst, req.nowMs) != "STOPPED")
+        return err::IncorrectState(res, "A boot volume can only be attached to a STOPPED instance.");
+    if (stateOf(*bv, req.nowMs) != "AVAILABLE" || bootVolumeInUse(*bv, req.nowMs))
+        return err::IncorrectState(res, "The boot volume is not AVAILABLE or is attached.");
+    for (Resource* a : store_.list("bootvolumeattachment", inst->compartmentId, req.nowMs))
+        if (JStr(a->doc, "instanceId") == inst->id && !Detached(stateOf(*a, req.nowMs)))
+            return err::Conflict(res, "The instance already has a boot volume.");
+    Resource& a = attachBootVolume(*inst, *bv, req.nowMs, P());
+    if (JHas(body, "displayName")) a.doc["displayName"] = JStr(body, "displayName");
+    respondOne(res, a, req.nowMs);
+}
+
+void BlockStorageService::detachBootVolume(ApiRequest& req, ApiResponse& res) {
+    Resource* a = findOr404(req, res, req.path("bootVolumeAttachmentId"), "bootvolumeattachment");
+    if (!a) return;
+    const std::string s = stateOf(*a, req.nowMs);
+    if (s == "DETACHED") return err::NotFound(res);
+    if (s == "DETACHING") return res.noContent(204);
+    Resource* inst = store_.get(JStr(a->doc, "instanceId"), req.nowMs, "instance");
+    if (inst && stateOf(*inst, req.nowMs) != "STOPPED" && stateOf(*inst, req.nowMs) != "TERMINATED")
+        return err::IncorrectState(res, "The instance must be STOPPED to detach its boot volume.");
+    store_.schedule(*a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+    res.noContent(204);
+}
+
+// --- backups -------------------------------------------------------------------
+
+void BlockStorageService::listBackups(ApiRequest& req, ApiResponse& res, bool boot) {
+    std::string c;
+    if (!requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, boot ? "bootvolumebackup" : "volumebackup", c);
+    if (boot)
+        filterByParams(req, items, {"bootVolumeId", "displayName", "sourceBootVolumeBackupId"});
+    else
+        filterByParams(req, items, {"volumeId", "displayName", "sourceVolumeBackupId"});
+    respondList(req, res, std::move(items));
+}
+
+void BlockStorageService::getBackup(ApiRequest& req, ApiResponse& res, bool boot) {
+    Resource* b = findOr404(req, res, req.path(boot ? "bootVolumeBackupId" : "volumeBackupId"),
+                            boot ? "bootvolumebackup" : "volumebackup");
+    if (b) respondOne(res, *b, req.nowMs);
+}
+
+void BlockStorageService::createBackup(ApiRequest& req, ApiResponse& res, bool boot) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    const char* idKey = boot ? "bootVolumeId" : "volumeId";
+    const std::string volumeId = JStr(body, idKey);
+    if (volumeId.empty()) return err::MissingParameter(res, idKey);
+    Resource* v = find(req, volumeId, boot ? "bootvolume" : "volume");
+    if (!v) return err::NotFound(res);
+    if (stateOf(*v, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
+    std::string type = JStr(body, "type");
+    if (type.empty()) type = "INCREMENTAL";
+    if (type != "FULL" && type != "INCREMENTAL") return err::InvalidParameter(res, "Invalid backup type: " + type);
+    std::string name = JStr(body, "displayName");
+    if (name.empty()) name = JStr(v->doc, "displayName") + " backup";
+    Resource& b = makeBackup(boot, *v, name, type, req.nowMs,
+                             {{"REQUEST_RECEIVED", 0}, {"CREATING", P() / 3}, {"AVAILABLE", P()}});
+    CopyMembers(body, b.doc, {"freeformTags", "definedTags", "kmsKeyId"});
+    respondOne(res, b, req.nowMs);
+}
+
+void BlockStorageService::deleteBackup(ApiRequest& req, ApiResponse& res, bool boot) {
+    Resource* b = findOr404(req, res, req.path(boot ? "bootVolumeBackupId" : "volumeBackupId"),
+                            boot ? "bootvolumebackup" : "volumebackup");
+    if (!b) return;
+    const std::string s = stateOf(*b, req.nowMs);
+    if (s == "TERMINATED") return err::NotFound(res);
+    if (s == "TERMINATING") return res.noContent(204);
+    if (s != "AVAILABLE" && s != "FAULTY") return err::IncorrectState(res, "The backup is still being created.");
+    store_.schedule(*b, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    res.noContent(204);
+}
+
+}  // namespace ocwemu

@@ -1,0 +1,359 @@
+#include "oci/DatabaseService.h"
+
+#include "common/Ids.h"
+#include "common/TimeUtil.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace ocwemu {
+
+void DatabaseService::registerRoutes(Router& r) {
+    auto bind = [this](void (DatabaseService::*fn)(ApiRequest&, ApiResponse&)) {
+        return [this, fn](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s); };
+    };
+    for (const std::string v : {"/20160918", ""}) {
+        r.add("GET", v + "/dbSystems", bind(&DatabaseService::listDbSystems));
+        r.add("POST", v + "/dbSystems", bind(&DatabaseService::launchDbSystem));
+        r.add("GET", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::getDbSystem));
+        r.add("DELETE", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::terminateDbSystem));
+        r.add("GET", v + "/dbHomes", bind(&DatabaseService::listDbHomes));
+        r.add("GET", v + "/dbHomes/{dbHomeId}", bind(&DatabaseService::getDbHome));
+        r.add("GET", v + "/databases", bind(&DatabaseService::listDatabases));
+        r.add("GET", v + "/databases/{databaseId}", bind(&DatabaseService::getDatabase));
+        r.add("POST", v + "/databases/{databaseId}/actions/restore", bind(&DatabaseService::restoreDatabase));
+        r.add("GET", v + "/backups", bind(&DatabaseService::listBackups));
+        r.add("POST", v + "/backups", bind(&DatabaseService::createBackup));
+        r.add("GET", v + "/backups/{backupId}", bind(&DatabaseService::getBackup));
+        r.add("DELETE", v + "/backups/{backupId}", bind(&DatabaseService::deleteBackup));
+        r.add("GET", v + "/dbNodes", bind(&DatabaseService::listDbNodes));
+        r.add("GET", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::getDbNode));
+        r.add("POST", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::dbNodeAction));
+    }
+}
+
+static bool ValidEdition(const std::string& e) {
+    return e == "STANDARD_EDITION" || e == "ENTERPRISE_EDITION" || e == "ENTERPRISE_EDITION_HIGH_PERFORMANCE" ||
+           e == "ENTERPRISE_EDITION_EXTREME_PERFORMANCE" || e == "ENTERPRISE_EDITION_DEVELOPER";
+}
+
+Resource* DatabaseService::launch(const std::string& region, std::int64_t nowMs, const JObject& body,
+                                  ApiResponse& res, std::int64_t delayMs) {
+    for (const char* k : {"compartmentId", "availabilityDomain", "subnetId", "shape", "hostname", "databaseEdition"})
+        if (JStr(body, k).empty()) return err::MissingParameter(res, k), nullptr;
+    const JArray* keys = JArr(body, "sshPublicKeys");
+    if (!keys || keys->empty()) return err::MissingParameter(res, "sshPublicKeys"), nullptr;
+    const JObject* home = JObj(body, "dbHome");
+    if (!home) return err::MissingParameter(res, "dbHome"), nullptr;
+    const JObject* db = JObj(*home, "database");
+    if (!db) return err::MissingParameter(res, "dbHome.database"), nullptr;
+    const std::string dbName = JStr(*db, "dbName");
+    if (dbName.empty()) return err::MissingParameter(res, "dbHome.database.dbName"), nullptr;
+    if (JStr(*db, "adminPassword").empty()) return err::MissingParameter(res, "dbHome.database.adminPassword"), nullptr;
+    const std::string dbVersion = JStr(*home, "dbVersion");
+    if (dbVersion.empty()) return err::MissingParameter(res, "dbHome.dbVersion"), nullptr;
+    const std::string c = JStr(body, "compartmentId"), ad = JStr(body, "availabilityDomain");
+    if (!compartmentExists(c, nowMs)) return err::RelatedNotFound(res, "compartment " + c), nullptr;
+    if (!world_.knownAvailabilityDomain(region, ad))
+        return err::InvalidParameter(res, "Invalid availabilityDomain: " + ad), nullptr;
+    const std::string edition = JStr(body, "databaseEdition");
+    if (!ValidEdition(edition)) return err::InvalidParameter(res, "Invalid databaseEdition: " + edition), nullptr;
+    Resource* subnet = store_.get(JStr(body, "subnetId"), nowMs, "subnet");
+    if (!subnet || subnet->region != region) return err::RelatedNotFound(res, "subnet " + JStr(body, "subnetId")), nullptr;
+
+    const std::vector<std::pair<std::string, std::int64_t>> steps{{"PROVISIONING", 0}, {"AVAILABLE", delayMs}};
+    std::string name = JStr(body, "displayName");
+    if (name.empty()) name = "dbsystem" + std::to_string(nowMs % 100000000);
+    const std::int64_t nodes = JInt(body, "nodeCount").value_or(1);
+    Resource sys = newResource("dbsystem", "dbsystem", c, region, nowMs);
+    sys.doc["displayName"] = name;
+    sys.doc["availabilityDomain"] = ad;
+    sys.doc["subnetId"] = subnet->id;
+    sys.doc["shape"] = JStr(body, "shape");
+    sys.doc["sshPublicKeys"] = *keys;
+    sys.doc["hostname"] = JStr(body, "hostname");
+    std::string domain = JStr(body, "domain");
+    sys.doc["domain"] = domain.empty() ? JStr(subnet->doc, "subnetDomainName") : domain;
+    sys.doc["databaseEdition"] = edition;
+    sys.doc["cpuCoreCount"] = JInt(body, "cpuCoreCount").value_or(1);
+    sys.doc["dataStorageSizeInGBs"] = JInt(body, "initialDataStorageSizeInGB").value_or(256);
+    sys.doc["recoStorageSizeInGB"] = 256;
+    sys.doc["dataStoragePercentage"] = 80;
+    sys.doc["nodeCount"] = nodes;
+    sys.doc["version"] = dbVersion;
+    sys.doc["osVersion"] = "8.8";
+    sys.doc["licenseModel"] = JHas(body, "licenseModel") ? JStr(body, "licenseModel") : "LICENSE_INCLUDED";
+    sys.doc["diskRedundancy"] = JHas(body, "diskRedundancy") ? JStr(body, "diskRedundancy") : "HIGH";
+    sys.doc["listenerPort"] = 1521;
+    sys.doc["scanIpIds"] = JArray{};
+    sys.doc["vipIds"] = JArray{};
+    sys.doc["scanDnsName"] = nullptr;
+    sys.doc["faultDomains"] = JArray{JValue("FAULT-DOMAIN-1")};
+    sys.doc["lifecycleDetails"] = nullptr;
+    sys.doc["timeZone"] = "UTC";
+    sys.doc["dbSystemOptions"] = JObject{{"storageManagement", "LVM"}};
+    sys.doc["freeformTags"] = JObj(body, "freeformTags") ? body.at("freeformTags") : JValue(JObject{});
+    sys.doc["definedTags"] = JObject{};
+    Resource& s = addResource(std::move(sys), nowMs, steps);
+
+    Resource h = newResource("dbhome", "dbhome", c, region, nowMs);
+    h.doc["displayName"] = JHas(*home, "displayName") ? JStr(*home, "displayName") : "dbhome" + std::to_string(nowMs % 100000);
+    h.doc["dbSystemId"] = s.id;
+    h.doc["dbVersion"] = dbVersion;
+    h.doc["dbHomeLocation"] = "/u01/app/oracle/product/" + dbVersion.substr(0, dbVersion.find('.')) + ".0.0.0/dbhome_1";
+    h.doc["lastPatchHistoryEntryId"] = nullptr;
+    h.doc["freeformTags"] = JObject{};
+    h.doc["definedTags"] = JObject{};
+    Resource& hm = addResource(std::move(h), nowMs, steps);
+
+    Resource d = newResource("database", "database", c, region, nowMs);
+    d.doc["dbName"] = dbName;
+    d.doc["dbUniqueName"] = dbName + "_" + RandomAlnum(8);
+    d.doc["dbHomeId"] = hm.id;
+    d.doc["dbSystemId"] = s.id;
+    d.doc["pdbName"] = JHas(*db, "pdbName") ? JValue(JStr(*db, "pdbName")) : JValue(nullptr);
+    d.doc["characterSet"] = JHas(*db, "characterSet") ? JStr(*db, "characterSet") : "AL32UTF8";
+    d.doc["ncharacterSet"] = JHas(*db, "ncharacterSet") ? JStr(*db, "ncharacterSet") : "AL16UTF16";
+    d.doc["dbWorkload"] = JHas(*db, "dbWorkload") ? JStr(*db, "dbWorkload") : "OLTP";
+    d.doc["isCdb"] = true;
+    d.doc["lifecycleDetails"] = nullptr;
+    d.doc["lastBackupTimestamp"] = nullptr;
+    const JObject* cfg = JObj(*db, "dbBackupConfig");
+    d.doc["dbBackupConfig"] = JObject{{"autoBackupEnabled", cfg ? JBool(*cfg, "autoBackupEnabled").value_or(false) : false}};
+    const std::string host = JStr(body, "hostname") + "." + JStr(s.doc, "domain");
+    d.doc["connectionStrings"] = JObject{{"cdbDefault", host + ":1521/" + JStr(d.doc, "dbUniqueName") + "." + JStr(s.doc, "domain")},
+                                         {"cdbIpDefault", nullptr},
+                                         {"allConnectionStrings", JObject{}}};
+    d.doc["freeformTags"] = JObject{};
+    d.doc["definedTags"] = JObject{};
+    addResource(std::move(d), nowMs, steps);
+
+    for (std::int64_t i = 0; i < nodes; ++i) {
+        Resource n = newResource("dbnode", "dbnode", c, region, nowMs);
+        n.doc.erase("compartmentId");  // DbNode carries no compartment member
+        n.doc["dbSystemId"] = s.id;
+        n.doc["vnicId"] = MakeOcid("vnic", world_.ocidRegion(region));
+        n.doc["backupVnicId"] = nullptr;
+        n.doc["hostname"] = JStr(body, "hostname") + (nodes > 1 ? std::to_string(i + 1) : "");
+        n.doc["faultDomain"] = "FAULT-DOMAIN-" + std::to_string(1 + i % 3);
+        n.doc["softwareStorageSizeInGB"] = 200;
+        n.doc["maintenanceType"] = nullptr;
+        addResource(std::move(n), nowMs, steps);
+    }
+    return &s;
+}
+
+Resource& DatabaseService::seedDbSystem(const std::string& compartmentId, const std::string& ad,
+                                        const Resource& subnet, const std::string& name, const std::string& dbName,
+                                        std::int64_t nowMs) {
+    JObject body{{"compartmentId", compartmentId},
+                 {"availabilityDomain", ad},
+                 {"subnetId", subnet.id},
+                 {"shape", "VM.Standard2.2"},
+                 {"sshPublicKeys", JArray{JValue("ssh-rsa AAAAB3NzaC1yc2EAAAADAQABAAABAQ emulator")}},
+                 {"hostname", "dbhost"},
+                 {"displayName", name},
+                 {"databaseEdition", "ENTERPRISE_EDITION"},
+                 {"dbHome", JObject{{"dbVersion", "19.0.0.0"},
+                                    {"database", JObject{{"dbName", dbName}, {"adminPassword", RandomAlnum(12) + "A1#"}}}}}};
+    ApiResponse res;
+    Resource* s = launch(subnet.region, nowMs, body, res, 0);
+    if (!s) throw std::runtime_error("cannot seed DB system: " + res.body);
+    return *s;
+}
+
+Resource& DatabaseService::makeBackup(const Resource& database, const std::string& name,
+                                      const std::vector<std::pair<std::string, std::int64_t>>& steps,
+                                      std::int64_t nowMs) {
+    Resource* sys = store_.get(JStr(database.doc, "dbSystemId"), nowMs, "dbsystem");
+    Resource b = newResource("dbbackup", "dbbackup", database.compartmentId, database.region, nowMs);
+    b.doc["databaseId"] = database.id;
+    b.doc["displayName"] = name;
+    b.doc["availabilityDomain"] = sys ? JStr(sys->doc, "availabilityDomain") : std::string();
+    b.doc["type"] = "FULL";
+    b.doc["timeStarted"] = Rfc3339(nowMs);
+    b.doc["timeEnded"] = Rfc3339(nowMs + steps.back().second);
+    b.doc["databaseEdition"] = sys ? JStr(sys->doc, "databaseEdition") : std::string();
+    b.doc["databaseSizeInGBs"] = 42.5;
+    b.doc["shape"] = sys ? JStr(sys->doc, "shape") : std::string();
+    b.doc["version"] = sys ? JStr(sys->doc, "version") : std::string();
+    b.doc["backupDestinationType"] = "OBJECT_STORE";
+    b.doc["lifecycleDetails"] = nullptr;
+    b.doc["kmsKeyId"] = nullptr;
+    b.doc["isUsingOracleManagedKeys"] = true;
+    b.doc.erase("timeCreated");  // Backup reports timeStarted/timeEnded instead
+    return addResource(std::move(b), nowMs, steps);
+}
+
+Resource& DatabaseService::seedBackup(const Resource& database, const std::string& name, std::int64_t nowMs) {
+    return makeBackup(database, name, {{"ACTIVE", 0}}, nowMs);
+}
+
+void DatabaseService::listDbSystems(ApiRequest& req, ApiResponse& res) {
+    std::string c;
+    if (!requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, "dbsystem", c);
+    filterByParams(req, items, {"availabilityDomain", "displayName"});
+    respondList(req, res, std::move(items));
+}
+
+void DatabaseService::getDbSystem(ApiRequest& req, ApiResponse& res) {
+    if (Resource* s = findOr404(req, res, req.path("dbSystemId"), "dbsystem")) respondOne(res, *s, req.nowMs);
+}
+
+void DatabaseService::launchDbSystem(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    Resource* s = launch(req.region, req.nowMs, body, res, P());
+    if (!s) return;
+    respondOne(res, *s, req.nowMs);
+    setWorkRequest(res, req.region);
+}
+
+void DatabaseService::terminateDbSystem(ApiRequest& req, ApiResponse& res) {
+    Resource* s = findOr404(req, res, req.path("dbSystemId"), "dbsystem");
+    if (!s) return;
+    const std::string st = stateOf(*s, req.nowMs);
+    if (st == "TERMINATED") return err::NotFound(res);
+    if (st == "TERMINATING") return res.noContent(204);
+    const std::vector<std::pair<std::string, std::int64_t>> steps{{"TERMINATING", 0}, {"TERMINATED", P()}};
+    store_.schedule(*s, req.nowMs, steps, world_.retentionMs);
+    for (const char* kind : {"dbhome", "database", "dbnode"})
+        for (Resource* r : listIn(req, kind, s->compartmentId))
+            if (JStr(r->doc, "dbSystemId") == s->id) store_.schedule(*r, req.nowMs, steps, world_.retentionMs);
+    res.noContent(204);
+    setWorkRequest(res, req.region);
+}
+
+void DatabaseService::listDbHomes(ApiRequest& req, ApiResponse& res) {
+    std::string c;
+    if (!requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, "dbhome", c);
+    filterByParams(req, items, {"dbSystemId", "displayName", "dbVersion"});
+    respondList(req, res, std::move(items));
+}
+
+void DatabaseService::getDbHome(ApiRequest& req, ApiResponse& res) {
+    if (Resource* h = findOr404(req, res, req.path("dbHomeId"), "dbhome")) respondOne(res, *h, req.nowMs);
+}
+
+void DatabaseService::listDatabases(ApiRequest& req, ApiResponse& res) {
+    std::string c;
+    if (!requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, "database", c);
+    filterByParams(req, items, {"dbHomeId"});
+    if (req.hasParam("systemId")) {
+        const std::string sys = req.param("systemId");
+        items.erase(std::remove_if(items.begin(), items.end(),
+                                   [&](Resource* r) { return JStr(r->doc, "dbSystemId") != sys; }),
+                    items.end());
+    }
+    if (req.hasParam("dbName")) {
+        auto lower = [](std::string s) {
+            for (auto& ch : s) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
+            return s;
+        };
+        const std::string want = lower(req.param("dbName"));
+        items.erase(std::remove_if(items.begin(), items.end(),
+                                   [&](Resource* r) { return lower(JStr(r->doc, "dbName")) != want; }),
+                    items.end());
+    }
+    respondList(req, res, std::move(items));
+}
+
+void DatabaseService::getDatabase(ApiRequest& req, ApiResponse& res) {
+    if (Resource* d = findOr404(req, res, req.path("databaseId"), "database")) respondOne(res, *d, req.nowMs);
+}
+
+void DatabaseService::restoreDatabase(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    Resource* d = findOr404(req, res, req.path("databaseId"), "database");
+    if (!d) return;
+    const int given = (JBool(body, "latest").value_or(false) ? 1 : 0) + (JHas(body, "databaseSCN") ? 1 : 0) +
+                      (JHas(body, "timestamp") ? 1 : 0);
+    if (given != 1)
+        return err::InvalidParameter(res, "Exactly one of latest, databaseSCN and timestamp must be given.");
+    if (stateOf(*d, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The database is not AVAILABLE.");
+    store_.schedule(*d, req.nowMs, {{"UPDATING", 0}, {"AVAILABLE", P()}});
+    respondOne(res, *d, req.nowMs);
+    setWorkRequest(res, req.region);
+}
+
+void DatabaseService::listBackups(ApiRequest& req, ApiResponse& res) {
+    const std::string c = req.param("compartmentId"), dbId = req.param("databaseId");
+    if (c.empty() && dbId.empty()) return err::MissingParameter(res, "databaseId or compartmentId");
+    auto items = listIn(req, "dbbackup", c);
+    filterByParams(req, items, {"databaseId", "type"});
+    respondList(req, res, std::move(items));
+}
+
+void DatabaseService::getBackup(ApiRequest& req, ApiResponse& res) {
+    if (Resource* b = findOr404(req, res, req.path("backupId"), "dbbackup")) respondOne(res, *b, req.nowMs);
+}
+
+void DatabaseService::createBackup(ApiRequest& req, ApiResponse& res) {
+    JObject body;
+    if (!parseBody(req, res, body)) return;
+    const std::string dbId = JStr(body, "databaseId"), name = JStr(body, "displayName");
+    if (dbId.empty()) return err::MissingParameter(res, "databaseId");
+    if (name.empty()) return err::MissingParameter(res, "displayName");
+    Resource* d = find(req, dbId, "database");
+    if (!d) return err::NotFound(res);
+    if (stateOf(*d, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The database is not AVAILABLE.");
+    store_.schedule(*d, req.nowMs, {{"BACKUP_IN_PROGRESS", 0}, {"AVAILABLE", P()}});
+    d->doc["lastBackupTimestamp"] = Rfc3339(req.nowMs + P());
+    Resource& b = makeBackup(*d, name, {{"CREATING", 0}, {"ACTIVE", P()}}, req.nowMs);
+    if (auto days = JInt(body, "retentionPeriodInDays")) b.doc["retentionPeriodInDays"] = *days;
+    respondOne(res, b, req.nowMs);
+    setWorkRequest(res, req.region);
+}
+
+void DatabaseService::deleteBackup(ApiRequest& req, ApiResponse& res) {
+    Resource* b = findOr404(req, res, req.path("backupId"), "dbbackup");
+    if (!b) return;
+    const std::string s = stateOf(*b, req.nowMs);
+    if (s == "DELETED") return err::NotFound(res);
+    if (s == "DELETING") return res.noContent(204);
+    if (s != "ACTIVE" && s != "FAILED") return err::IncorrectState(res, "The backup is " + s + ".");
+    store_.schedule(*b, req.nowMs, {{"DELETING", 0}, {"DELETED", P()}}, world_.retentionMs);
+    res.noContent(204);
+    setWorkRequest(res, req.region);
+}
+
+void DatabaseService::listDbNodes(ApiRequest& req, ApiResponse& res) {
+    std::string c;
+    if (!requireParam(req, res, "compartmentId", c)) return;
+    auto items = listIn(req, "dbnode", c);
+    filterByParams(req, items, {"dbSystemId"});
+    respondList(req, res, std::move(items));
+}
+
+void DatabaseService::getDbNode(ApiRequest& req, ApiResponse& res) {
+    if (Resource* n = findOr404(req, res, req.path("dbNodeId"), "dbnode")) respondOne(res, *n, req.nowMs);
+}
+
+void DatabaseService::dbNodeAction(ApiRequest& req, ApiResponse& res) {
+    std::string action;
+    if (!requireParam(req, res, "action", action)) return;
+    std::transform(action.begin(), action.end(), action.begin(), [](unsigned char ch) { return std::toupper(ch); });
+    Resource* n = findOr404(req, res, req.path("dbNodeId"), "dbnode");
+    if (!n) return;
+    const std::string s = stateOf(*n, req.nowMs);
+    if (action == "STOP") {
+        if (s != "AVAILABLE") return err::IncorrectState(res, "The node is " + s + ".");
+        store_.schedule(*n, req.nowMs, {{"STOPPING", 0}, {"STOPPED", P()}});
+    } else if (action == "START") {
+        if (s != "STOPPED") return err::IncorrectState(res, "The node is " + s + ".");
+        store_.schedule(*n, req.nowMs, {{"STARTING", 0}, {"AVAILABLE", P()}});
+    } else if (action == "RESET" || action == "SOFTRESET") {
+        if (s != "AVAILABLE") return err::IncorrectState(res, "The node is " + s + ".");
+        store_.schedule(*n, req.nowMs, {{"STOPPING", 0}, {"STARTING", P() / 2}, {"AVAILABLE", P()}});
+    } else {
+        return err::InvalidParameter(res, "Invalid action: " + req.param("action"));
+    }
+    respondOne(res, *n, req.nowMs);
+    setWorkRequest(res, req.region);
+}
+
+}  // namespace ocwemu

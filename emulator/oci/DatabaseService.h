@@ -1,0 +1,47 @@
+#pragma once
+// Database service: DB systems (with their DB home, database and nodes),
+// DB homes, databases, database backups, restores and node actions.
+//
+// The library reaches "/dbNodes" and "/dbSystems/{id}" without the version
+// prefix; every database path is therefore served with and without it.
+#include "oci/OciService.h"
+
+namespace ocwemu {
+
+class DatabaseService : public OciService {
+public:
+    using OciService::OciService;
+    void registerRoutes(Router& router) override;
+
+    // Seeding helper: an AVAILABLE DB system with home, database and node.
+    Resource& seedDbSystem(const std::string& compartmentId, const std::string& ad, const Resource& subnet,
+                           const std::string& name, const std::string& dbName, std::int64_t nowMs);
+    Resource& seedBackup(const Resource& database, const std::string& name, std::int64_t nowMs);
+
+private:
+    void listDbSystems(ApiRequest& req, ApiResponse& res);
+    void getDbSystem(ApiRequest& req, ApiResponse& res);
+    void launchDbSystem(ApiRequest& req, ApiResponse& res);
+    void terminateDbSystem(ApiRequest& req, ApiResponse& res);
+    void listDbHomes(ApiRequest& req, ApiResponse& res);
+    void getDbHome(ApiRequest& req, ApiResponse& res);
+    void listDatabases(ApiRequest& req, ApiResponse& res);
+    void getDatabase(ApiRequest& req, ApiResponse& res);
+    void restoreDatabase(ApiRequest& req, ApiResponse& res);
+    void listBackups(ApiRequest& req, ApiResponse& res);
+    void getBackup(ApiRequest& req, ApiResponse& res);
+    void createBackup(ApiRequest& req, ApiResponse& res);
+    void deleteBackup(ApiRequest& req, ApiResponse& res);
+    void listDbNodes(ApiRequest& req, ApiResponse& res);
+    void getDbNode(ApiRequest& req, ApiResponse& res);
+    void dbNodeAction(ApiRequest& req, ApiResponse& res);
+
+    // Validates a launch body and creates the system and its parts; on a
+    // validation failure writes the answer and returns null.
+    Resource* launch(const std::string& region, std::int64_t nowMs, const JObject& body, ApiResponse& res,
+                     std::int64_t delayMs);
+    Resource& makeBackup(const Resource& database, const std::string& name,
+                         const std::vector<std::pair<std::string, std::int64_t>>& steps, std::int64_t nowMs);
+};
+
+}  // namespace ocwemu

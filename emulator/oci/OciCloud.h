@@ -1,0 +1,53 @@
+#pragma once
+// The OCI half of the emulator put together: the service families, request
+// authentication and the regional view of a Host header. Owned by Emulator.
+#include "common/ApiKeys.h"
+#include "common/Router.h"
+#include "common/Store.h"
+#include "oci/BlockStorageService.h"
+#include "oci/ComputeService.h"
+#include "oci/DatabaseService.h"
+#include "oci/IdentityService.h"
+#include "oci/ImageService.h"
+#include "oci/NetworkService.h"
+#include "oci/ObjectStorageService.h"
+#include "oci/OciWorld.h"
+#include "oci/SearchService.h"
+#include "oci/SignatureVerifier.h"
+
+namespace ocwemu {
+
+class OciCloud {
+public:
+    OciCloud(Store& store, OciWorld& world, const KeyRegistry& keys);
+    void registerRoutes(Router& router);
+
+    // Pipeline::Authenticator for OCI routes: verifies the signature and on
+    // refusal answers 401 NotAuthenticated with the service's message.
+    bool authenticate(const ApiRequest& req, RouteAuth auth, ApiResponse& res, std::string& reason) const;
+    // "iaas.us-ashburn-1.oraclecloud.com" -> "us-ashburn-1"; any host that
+    // names no known region (127.0.0.1:port) addresses the home region.
+    std::string regionForHost(const std::string& host) const;
+
+    // Fills the store with a starting world; the caller holds the store lock.
+    // mode: "demo" (a small, realistic tenancy), "empty" (platform images only),
+    // "scale" (`compartments` compartments sharing `instances` instances).
+    // false with a reason on an unknown mode.
+    bool seed(const std::string& mode, int compartments, int instances, std::int64_t nowMs, std::string& error);
+
+    Store& store;
+    OciWorld& world;
+    IdentityService identity;
+    NetworkService network;
+    BlockStorageService blockStorage;
+    ComputeService compute;
+    ImageService images;
+    ObjectStorageService objectStorage;
+    SearchService search;
+    DatabaseService database;
+
+private:
+    SignatureVerifier verifier_;
+};
+
+}  // namespace ocwemu

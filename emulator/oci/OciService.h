@@ -1,0 +1,73 @@
+#pragma once
+// Base of the OCI service families: shared mechanics of creating, finding,
+// rendering and listing resources, so each family file holds only its own
+// rules. Handlers run with the store lock held (see Pipeline).
+#include "common/Api.h"
+#include "common/Router.h"
+#include "common/Store.h"
+#include "oci/OciWorld.h"
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace ocwemu {
+
+// The JSON a GET returns for a resource: its stored members (those whose
+// name starts with '_' are private to the emulator), "lifecycleState", and
+// the members that depend on the state (iSCSI target once attached, ...).
+JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs);
+
+class OciService {
+public:
+    OciService(Store& store, OciWorld& world) : store_(store), world_(world) {}
+    virtual ~OciService() = default;
+    virtual void registerRoutes(Router& router) = 0;
+
+protected:
+    // A resource with "id", "compartmentId" and "timeCreated" filled; a
+    // regional resource gets the region key in its OCID.
+    Resource newResource(const std::string& kind, const std::string& ocidType, const std::string& compartmentId,
+                         const std::string& region, std::int64_t nowMs) const;
+    // Adds it with the given initial timeline.
+    Resource& addResource(Resource r, std::int64_t nowMs,
+                          const std::vector<std::pair<std::string, std::int64_t>>& steps);
+
+    // The resource of that kind as the request's region sees it, or null.
+    Resource* find(const ApiRequest& req, const std::string& id, const std::string& kind) const;
+    // Resources of a kind in one compartment (all when empty) that belong to
+    // the request's region; global kinds are never filtered out.
+    std::vector<Resource*> listIn(const ApiRequest& req, const std::string& kind,
+                                  const std::string& compartmentId) const;
+    // Like find(), but writes the 404 answer when missing.
+    Resource* findOr404(const ApiRequest& req, ApiResponse& res, const std::string& id,
+                        const std::string& kind) const;
+    std::string stateOf(const Resource& r, std::int64_t nowMs) const { return store_.state(r, nowMs); }
+
+    // 200 (or `status`) with the rendered resource and its etag.
+    void respondOne(ApiResponse& res, const Resource& r, std::int64_t nowMs, int status = 200) const;
+    // Filters by lifecycleState when asked, sorts by sortBy/sortOrder, and
+    // answers one page of the rendered items.
+    void respondList(const ApiRequest& req, ApiResponse& res, std::vector<Resource*> items) const;
+    // Keeps the items whose stored member equals each query parameter given
+    // (for the names listed); "displayName" and the like are exact matches.
+    static void filterByParams(const ApiRequest& req, std::vector<Resource*>& items,
+                               std::initializer_list<const char*> names);
+
+    // Parses the JSON body; writes 400 InvalidParameter and returns false when malformed.
+    static bool parseBody(const ApiRequest& req, ApiResponse& res, JObject& body);
+    // The query parameter, or false with 400 MissingParameter written.
+    static bool requireParam(const ApiRequest& req, ApiResponse& res, const char* name, std::string& out);
+    void setWorkRequest(ApiResponse& res, const std::string& region) const;
+
+    // The compartment exists (the tenancy counts) and is not deleted.
+    bool compartmentExists(const std::string& id, std::int64_t nowMs) const;
+
+    std::int64_t P() const { return world_.provisionMs; }
+
+    Store& store_;
+    OciWorld& world_;
+};
+
+}  // namespace ocwemu
