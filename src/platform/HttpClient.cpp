@@ -9,6 +9,7 @@
 #include <openssl/x509.h>
 
 #include <chrono>
+#include <climits>
 #include <mutex>
 
 #include "platform/DebugLog.h"
@@ -459,7 +460,7 @@ const char* HttpClient::GetHttpReqTypeString(HTTP_REQ_TYPE type) {
 
 void HttpClient::UrlEscape(const std::string& text, std::string& result) {
     result.clear();
-    if (text.empty()) return;
+    if (text.empty() || text.size() > static_cast<size_t>(INT_MAX)) return;
     char* escaped = curl_easy_escape(m_impl->curl, text.data(), static_cast<int>(text.size()));
     if (!escaped) return;
     result = escaped;
