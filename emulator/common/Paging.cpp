@@ -63,9 +63,9 @@ bool Base64Decode(const std::string& text, std::string& bytes) {
     return true;
 }
 
-// 0xFB makes the first base64 character '+'; the tail keeps the raw length
-// off a multiple of three so there is always '=' padding.
-static const std::string kTokenPrefix = std::string("\xFB") + "ocw-page:";
+// Plain ASCII without '>', '?' and '~' never encodes to '+' or '/'; the '.'
+// tail keeps the raw length off a multiple of three so there is always padding.
+static const std::string kTokenPrefix = "ocw-page:";
 
 std::string EncodePageToken(std::size_t offset) {
     std::string raw = kTokenPrefix + std::to_string(offset);

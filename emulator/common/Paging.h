@@ -2,9 +2,10 @@
 // List paging as the services do it: "limit" and "page" query parameters in,
 // an opaque "opc-next-page" header out, absent on the last page.
 //
-// Tokens are base64 with "=" padding and always begin with "+", so a client
-// that forgets to URL-encode the token sends a blank or a cut value and gets
-// 400 InvalidParameter, as it would from the service.
+// Tokens are base64 that always ends in "=" padding, so they need URL-encoding
+// in a query string. They never contain "+" or "/": the official TypeScript
+// SDK puts query values into the URL unencoded, and a "+" would arrive as a
+// blank. A token that does not decode gets 400 InvalidParameter.
 #include "common/Api.h"
 
 #include <cstddef>
