@@ -84,9 +84,75 @@ std::time_t ParseJavaDate(const char* text) {
     return timegm(&tm);
 }
 
+bool IsSecretName(const std::string& name) {
+    std::string lower;
+    lower.reserve(name.size());
+    for (char c : name) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (const char* word : {"password", "pwd", "passphrase", "secret", "privatekey", "private_key"}) {
+        if (lower.find(word) != std::string::npos) return true;
+    }
+    return false;
+}
+
+// Index of the quote that closes the string starting at `from`, or npos when
+// the text ends first.
+size_t FindStringEnd(const std::string& text, size_t from) {
+    for (size_t i = from; i < text.size(); ++i) {
+        if (text[i] == '\\') {
+            ++i;
+        } else if (text[i] == '"') {
+            return i;
+        }
+    }
+    return std::string::npos;
+}
+
+bool IsJsonSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
 }  // namespace
 
 // ---- entry points -----------------------------------------------------------
+
+// Works on the text rather than on a document because the texts logged here
+// are the ones that did not parse, often cut off in the middle of a value.
+std::string COracleCloudParser::TextForLog(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    size_t i = 0;
+    while (i < text.size()) {
+        if (text[i] != '"') {
+            out += text[i++];
+            continue;
+        }
+        size_t end = FindStringEnd(text, i + 1);
+        if (end == std::string::npos) {
+            out.append(text, i, std::string::npos);
+            break;
+        }
+        std::string token = text.substr(i + 1, end - i - 1);
+        out.append(text, i, end - i + 1);
+        i = end + 1;
+        size_t j = i;
+        while (j < text.size() && IsJsonSpace(text[j])) ++j;
+        if (j >= text.size() || text[j] != ':' || !IsSecretName(token)) continue;
+        ++j;
+        while (j < text.size() && IsJsonSpace(text[j])) ++j;
+        out.append(text, i, j - i);
+        i = j;
+        if (i >= text.size()) break;
+        if (text[i] == '"') {
+            size_t valueEnd = FindStringEnd(text, i + 1);
+            out += "\"********\"";
+            i = (valueEnd == std::string::npos) ? text.size() : valueEnd + 1;
+        } else if (text[i] != '{' && text[i] != '[') {
+            // A number or literal; nested values are scanned member by member.
+            size_t valueEnd = text.find_first_of(",}] \t\r\n", i);
+            out += "********";
+            i = (valueEnd == std::string::npos) ? text.size() : valueEnd;
+        }
+    }
+    return out;
+}
 
 bool COracleCloudParser::ReadDocument(const std::string& text, JsonValue& doc) {
     if (IsBlank(text)) return false;
@@ -171,7 +237,7 @@ int COracleCloudParser::ParseListAsStrings(const std::string& text, const std::s
         return static_cast<int>(out.size() - before);
     } catch (const std::exception& e) {
         OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", listKey.c_str(), e.what(),
-                      text.c_str());
+                      TextForLog(text).c_str());
         return 0;
     }
 }
@@ -297,7 +363,7 @@ bool COracleCloudParser::ExtractOraStatusAndTag(const std::string& text, SOracle
         }
         return true;
     } catch (const std::exception& e) {
-        OCW_LOG_ERROR(&m_debugLog, "Exception parsing json object - %s\n%s", e.what(), text.c_str());
+        OCW_LOG_ERROR(&m_debugLog, "Exception parsing json object - %s\n%s", e.what(), TextForLog(text).c_str());
         return false;
     }
 }

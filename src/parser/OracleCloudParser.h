@@ -22,8 +22,9 @@ namespace OracleCloudSDKWrapper {
 // not a list) gives false and one error line in the parser's log:
 //   "Exception parsing json object - %s\n%s"      (ParseObject, ExtractOraStatusAndTag)
 //   "Exception parsing json list [%s] - %s\n%s"   (the list readers)
-// with the problem and then the JSON text; so callers must not hand the parser
-// texts that carry secrets. An empty (or blank) text gives false without a log
+// with the problem and then the JSON text, in which the values of members named
+// like secrets ("password", "adminPassword", "chapSecret", ...) are replaced by
+// "********" even when the text is cut off. An empty (or blank) text gives false without a log
 // line: there is nothing to read. A Convert result of false is passed on by
 // ParseObject, but ConvertList keeps such records (a list is never shorter than
 // its object elements).
@@ -48,7 +49,7 @@ public:
             if (!ReadDocument(text, doc)) return false;
             return Convert(RequireObject(doc), out);
         } catch (const std::exception& e) {
-            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json object - %s\n%s", e.what(), text.c_str());
+            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json object - %s\n%s", e.what(), TextForLog(text).c_str());
             return false;
         }
     }
@@ -67,7 +68,7 @@ public:
             return true;
         } catch (const std::exception& e) {
             OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", listKey.c_str(), e.what(),
-                          text.c_str());
+                          TextForLog(text).c_str());
             return false;
         }
     }
@@ -80,7 +81,7 @@ public:
             if (!ReadDocument(text, doc)) return false;
             return ConvertList(RequireArray(doc), out);
         } catch (const std::exception& e) {
-            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "", e.what(), text.c_str());
+            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "", e.what(), TextForLog(text).c_str());
             return false;
         }
     }
@@ -101,7 +102,7 @@ public:
             return true;
         } catch (const std::exception& e) {
             OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", pathText.c_str(), e.what(),
-                          text.c_str());
+                          TextForLog(text).c_str());
             return false;
         }
     }
@@ -130,7 +131,7 @@ public:
             }
             return true;
         } catch (const std::exception& e) {
-            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "items", e.what(), text.c_str());
+            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "items", e.what(), TextForLog(text).c_str());
             return false;
         }
     }
@@ -258,6 +259,8 @@ protected:
     static std::string CutAtLastSlash(const std::string& s);
 
 private:
+    // text with the values of secret-named members masked, for the log.
+    static std::string TextForLog(const std::string& text);
     // Parses text. False for a blank text; throws std::runtime_error with the
     // parser's reason for malformed text.
     static bool ReadDocument(const std::string& text, JsonValue& doc);

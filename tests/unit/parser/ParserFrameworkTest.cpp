@@ -286,3 +286,37 @@ TEST(ParserHelpers, ParseTimeUtcReadsTheServicesTimeForms) {
     EXPECT_EQ(0, COracleCloudParser::ParseTimeUtc("2020-01-02"));
     EXPECT_EQ(0, COracleCloudParser::ParseTimeUtc("Tue May 3 0:35:23 PDT 2016"));
 }
+
+TEST(ParserFramework, LoggedTextNeverShowsSecretValues) {
+    COracleCloudParser parser;
+    struct Case {
+        const char* body;
+        const char* logged;
+    };
+    const Case cases[] = {
+        // Cut off inside the secret.
+        {R"({"username": "opc", "password": "Xy7#pQ)", R"({"username": "opc", "password": "********")"},
+        // Cut off after it; escaped quotes do not end the value early.
+        {R"({"password" : "a\"b\\", "username": "opc)", R"({"password" : "********", "username": "opc)"},
+        // Valid JSON of the wrong shape, secrets at any depth and in any case.
+        {R"([{"adminPassword": "Welc0me#1", "parameters": [{"cloudStoragePwd": "s3cr3t", "sid": "ORCL"}]}])",
+         R"([{"adminPassword": "********", "parameters": [{"cloudStoragePwd": "********", "sid": "ORCL"}]}])"},
+        {R"({"chapSecret": 12345, "iqn": "iqn.x",)", R"({"chapSecret": ********, "iqn": "iqn.x",)"},
+        // A value that merely looks like a key name is not touched.
+        {R"({"note": "password", "x": [)", R"({"note": "password", "x": [)"},
+    };
+    for (const Case& c : cases) {
+        LogCapture log;
+        SInstanceCredentialsInfoLib credentials;
+        EXPECT_FALSE(parser.ParseObject(c.body, credentials)) << c.body;
+        ASSERT_EQ(1u, log.lines().size()) << c.body;
+        const std::string& text = log.lines()[0].text;
+        EXPECT_EQ(c.logged, text.substr(text.find('\n') + 1)) << c.body;
+    }
+
+    LogCapture log;
+    std::vector<SStorageAttachmentInfoLib> attachments;
+    EXPECT_FALSE(parser.ParseList(R"({"chapSecret": "abc", "result": 1})", "result", attachments));
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ(std::string::npos, log.lines()[0].text.find("abc"));
+}
