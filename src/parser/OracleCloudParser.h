@@ -81,7 +81,8 @@ public:
             if (!ReadDocument(text, doc)) return false;
             return ConvertList(RequireArray(doc), out);
         } catch (const std::exception& e) {
-            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "", e.what(), TextForLog(text).c_str());
+            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "", e.what(),
+                          TextForLog(text).c_str());
             return false;
         }
     }
@@ -131,7 +132,8 @@ public:
             }
             return true;
         } catch (const std::exception& e) {
-            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "items", e.what(), TextForLog(text).c_str());
+            OCW_LOG_ERROR(&m_debugLog, "Exception parsing json list [%s] - %s\n%s", "items", e.what(),
+                          TextForLog(text).c_str());
             return false;
         }
     }
