@@ -1,0 +1,23 @@
+// demo: the backup-and-restore cycle against a local emulator.
+#include <memory>
+
+#include "Commands.h"
+#include "DemoRunner.h"
+
+namespace ocw {
+
+void RegisterDemoCommand(CLI::App& app, Action& action) {
+    auto o = std::make_shared<DemoOptions>();
+    CLI::App* cmd = app.add_subcommand(
+        "demo", "start a local emulator and walk a backup-and-restore cycle through the library (needs no cloud account)");
+    cmd->add_option("--provision-ms", o->provisionMs, "how long the emulator's resources take to change state")
+        ->check(CLI::Range(0, 60000));
+    cmd->callback([&action, o] {
+        action = [o](Session& s) {
+            const int code = RunDemo(s.options(), *o);
+            if (code != kExitOk) throw CliError(static_cast<ExitCode>(code), "the demo did not complete");
+        };
+    });
+}
+
+}  // namespace ocw

@@ -1,0 +1,27 @@
+#pragma once
+// Registration of the command groups. Each group adds its subcommands to the
+// application; the subcommand that the command line selects stores what to
+// run in "action", which main runs once parsing is over (so a usage error is
+// always found before any request is sent).
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+#include "Session.h"
+
+namespace ocw {
+
+using Action = std::function<void(Session&)>;
+
+void RegisterInventoryCommands(CLI::App& app, Action& action);  // regions, compartments, shapes, networks
+void RegisterInstanceCommands(CLI::App& app, Action& action);
+void RegisterVolumeCommands(CLI::App& app, Action& action);
+void RegisterBackupCommands(CLI::App& app, Action& action);
+void RegisterImageCommands(CLI::App& app, Action& action);      // images, objects
+void RegisterDatabaseCommands(CLI::App& app, Action& action);
+void RegisterDemoCommand(CLI::App& app, Action& action);
+
+// Shared by several groups.
+void AddCompartmentOption(CLI::App& command, std::string& compartment);
+
+}  // namespace ocw

@@ -1,0 +1,27 @@
+#pragma once
+// Ctrl-C handling. The library's calls block the main thread (state waits
+// sleep on it), so a signal cannot be turned into a return value. Instead a
+// watcher thread receives SIGINT and SIGTERM, runs the registered clean-ups
+// (stop the emulator child, remove temporary files), says what may still be
+// going on in the cloud, and ends the process with kExitInterrupted.
+#include <functional>
+#include <string>
+
+namespace ocw {
+namespace Interrupt {
+
+// Blocks SIGINT and SIGTERM in the calling thread (and so in every thread
+// started later) and starts the watcher. Call first thing in main.
+void Install();
+
+// Registers a clean-up; returns a handle for Remove. Clean-ups run in reverse
+// order of registration, on the watcher thread, at most once.
+int Add(std::function<void()> cleanup);
+void Remove(int handle);
+
+// Text printed after "interrupted" (for example which operation the cloud
+// will go on with); empty restores the default.
+void SetHint(const std::string& hint);
+
+}  // namespace Interrupt
+}  // namespace ocw

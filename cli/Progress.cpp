@@ -1,0 +1,78 @@
+#include "Progress.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+
+#include "LogRouter.h"
+
+namespace ocw {
+
+namespace {
+std::atomic<bool> g_enabled{true};
+}
+
+void Progress::SetEnabled(bool enabled) { g_enabled = enabled; }
+
+Progress::Progress(std::string label) : label_(std::move(label)), start_(std::chrono::steady_clock::now()) {
+    LogRouter::Instance().setProgress(this);
+    if (!g_enabled) {
+        finished_ = true;
+        return;
+    }
+    live_ = ::isatty(STDERR_FILENO) == 1;
+    if (live_) {
+        ticker_ = std::thread([this] { tick(); });
+    } else {
+        std::fprintf(stderr, "[%6.1fs] %s\n", 0.0, label_.c_str());
+    }
+}
+
+Progress::~Progress() {
+    finish();
+    LogRouter::Instance().setProgress(nullptr);
+}
+
+double Progress::elapsedSeconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+}
+
+void Progress::state(const std::string& text) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (finished_ || text == state_) return;
+    state_ = text;
+    if (!live_) {
+        std::fprintf(stderr, "[%6.1fs] %s: %s\n", elapsedSeconds(), label_.c_str(), state_.c_str());
+    }
+}
+
+void Progress::finish() {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (finished_) return;
+        finished_ = true;
+    }
+    wake_.notify_all();
+    if (ticker_.joinable()) ticker_.join();
+    if (live_) {
+        std::fprintf(stderr, "\r\033[K");
+        std::fflush(stderr);
+    }
+}
+
+void Progress::draw() {
+    std::fprintf(stderr, "\r\033[K[%6.1fs] %s%s%s", elapsedSeconds(), label_.c_str(), state_.empty() ? "" : ": ",
+                 state_.c_str());
+    std::fflush(stderr);
+}
+
+void Progress::tick() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (!finished_) {
+        draw();
+        wake_.wait_for(lock, std::chrono::milliseconds(100));
+    }
+}
+
+}  // namespace ocw

@@ -1,0 +1,22 @@
+#pragma once
+// Walks over the tenancy that several commands share.
+#include <string>
+#include <vector>
+
+#include "Session.h"
+
+namespace ocw {
+
+// Every compartment of the tenancy, the root first, then breadth first; the
+// library lists one level at a time. Deleted compartments are left out.
+std::vector<OracleCloudSDKWrapper::SContainerInfoLib> AllCompartments(Session& session);
+
+// The instances of one compartment, or of all compartments when empty.
+// Terminated instances are left out by the library.
+std::vector<OracleCloudSDKWrapper::SVMInfoLib> ListInstances(Session& session, const std::string& compartment);
+
+// The availability domain to use when the user names none: the first of the
+// compartment's list.
+std::string FirstAvailabilityDomain(Session& session, const std::string& compartment);
+
+}  // namespace ocw
