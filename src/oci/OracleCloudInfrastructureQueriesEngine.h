@@ -1,0 +1,180 @@
+#pragma once
+// The list, search and probe engines of COracleCloudInfrastructureQueries.
+// Templates over the record type; only the .cpp files of the queries class
+// include this header.
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "oci/OracleCloudInfrastructureQueries.h"
+#include "oraclecloud/OracleCloudRecords.h"
+#include "parser/OracleCloudParser.h"
+#include "platform/JsonHelper.h"
+#include "transport/OracleCloudBaseConnection.h"
+
+namespace OracleCloudSDKWrapper {
+
+// Switches the connection to another region for the life of the object and
+// back at its end, whatever way the engine leaves. A region equal to the
+// current one (or empty) changes nothing and logs nothing.
+class OciRegionSwitch {
+public:
+    OciRegionSwitch(COracleCloudBaseConnection* connection, const std::string& region, const EventBase* logContext)
+        : m_connection(connection), m_logContext(logContext) {
+        if (!region.empty() && region != m_connection->getRegion()) {
+            m_savedRegion = m_connection->getRegion();
+            m_connection->setRegion(region);
+            OCW_LOG_LVL(2, m_logContext, "Region set to: %s", m_connection->getRegion().c_str());
+        }
+    }
+    ~OciRegionSwitch() {
+        if (!m_savedRegion.empty()) {
+            m_connection->setRegion(m_savedRegion);
+            OCW_LOG_LVL(2, m_logContext, "Region reset to: %s", m_connection->getRegion().c_str());
+        }
+    }
+    OciRegionSwitch(const OciRegionSwitch&) = delete;
+    OciRegionSwitch& operator=(const OciRegionSwitch&) = delete;
+
+private:
+    COracleCloudBaseConnection* m_connection;
+    const EventBase* m_logContext;
+    std::string m_savedRegion;
+};
+
+// The lifecycle state of the records the filters and the probe look at.
+inline const std::string& OciLifecycleState(const SVMInfoLib& r) { return r.state; }
+inline const std::string& OciLifecycleState(const SStorageAttachmentInfoLib& r) { return r.state; }
+inline const std::string& OciLifecycleState(const SImageInfoLib& r) { return r.lifecycleState; }
+inline const std::string& OciLifecycleState(const SDiskInfoLib& r) { return r.status; }
+inline const std::string& OciLifecycleState(const SVnicAttachmentInfoLib& r) { return r.lifecycleState; }
+
+template <typename T>
+bool COracleCloudInfrastructureQueries::_GetPaginatedList(const std::string& path, EOracleServiceType type,
+                                                          const std::string& region, std::vector<T>& out) {
+    OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
+    m_connection->setService(type);
+    bool result = true;
+    std::string token;
+    do {
+        std::string url = _GetPageUrl(path, token);
+        std::string response;
+        if (!m_connection->get(url, response, false, true)) {
+            SetLastErrorFromResponse(response);
+            result = false;
+            break;
+        }
+        std::vector<T> page;
+        if (!m_parser->ParseList(response, page)) {
+            OCW_LOG_ERROR(&m_debugLog, "Failed to parse query result");
+            result = false;
+            break;
+        }
+        OCW_LOG_LVL(2, &m_debugLog, "partial list size: [%d]", static_cast<int>(page.size()));
+        out.insert(out.end(), std::make_move_iterator(page.begin()), std::make_move_iterator(page.end()));
+        token = _GetNextPageTokenFromHeader(m_connection->getHttpResponseHeader("opc-next-page"));
+    } while (!token.empty());
+    return result;
+}
+
+template <typename T>
+bool COracleCloudInfrastructureQueries::_ExecuteSearchServiceQuery(const std::string& query,
+                                                                   const std::string& region, std::vector<T>& out) {
+    OCW_LOG_LVL(2, &m_debugLog, "Query: [%s]", query.c_str());
+    OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
+    m_connection->setService(OCI_SERVICE_SEARCH);
+    const std::string path = std::string("/20180409") + "/resources";
+    JsonObject details;
+    details["type"] = "Structured";
+    details["query"] = query;
+    // The page travels in the query string; the body stays the same for every page.
+    const std::string body = JsonHelper::Serialize(details);
+    bool result = true;
+    std::string token;
+    do {
+        std::string response;
+        if (!m_connection->post(_GetPageUrl(path, token), body, response)) {
+            SetLastErrorFromResponse(response);
+            result = false;
+            break;
+        }
+        std::vector<T> page;
+        if (!m_parser->ParseQueryResult(response, page)) {
+            OCW_LOG_ERROR(&m_debugLog, "Failed to parse query result");
+            result = false;
+            break;
+        }
+        OCW_LOG_LVL(2, &m_debugLog, "partial list size: [%d]", static_cast<int>(page.size()));
+        out.insert(out.end(), std::make_move_iterator(page.begin()), std::make_move_iterator(page.end()));
+        token = _GetNextPageTokenFromHeader(m_connection->getHttpResponseHeader("opc-next-page"));
+    } while (!token.empty());
+    return result;
+}
+
+template <typename T>
+bool COracleCloudInfrastructureQueries::_CheckIfResourceExists(const std::string& path, bool& exists,
+                                                               EOracleServiceType type, const std::string& region) {
+    if (type != 0) {
+        m_connection->setService(type);
+    }
+    // Unlike the other engines this one leaves the region switched.
+    if (!region.empty()) {
+        m_connection->setRegion(region);
+    }
+    std::string response;
+    if (!m_connection->get(path, response, false, true)) {
+        long code = m_connection->getLastHTTPErrorCode();
+        if (code == 404 || code == 400) {
+            exists = false;
+            return true;
+        }
+        OCW_LOG_DEBUG(&m_debugLog, "Connection Error");
+        SetLastErrorFromResponse(response);
+        return false;
+    }
+    T record{};
+    if (!m_parser->ParseObject(response, record)) {
+        OCW_LOG_ERROR(&m_debugLog, "Error parsing the response JSON");
+        return false;
+    }
+    exists = OciLifecycleState(record) != "TERMINATED";
+    return true;
+}
+
+template <typename T>
+bool COracleCloudInfrastructureQueries::_ReadSingle(const std::string& path, EOracleServiceType type,
+                                                    const std::string& region, T& record) {
+    std::string response;
+    if (!_connectAndRunQuery(path, type, region, response)) {
+        return false;
+    }
+    if (!m_parser->ParseObject(response, record)) {
+        OCW_LOG_ERROR(&m_debugLog, "Error parsing the response JSON");
+        return false;
+    }
+    return true;
+}
+
+template <typename T>
+void COracleCloudInfrastructureQueries::_FilterDeletedItems(std::vector<T>& items, const std::string& state) {
+    items.erase(std::remove_if(items.begin(), items.end(),
+                               [&state](const T& item) { return OciLifecycleState(item) == state; }),
+                items.end());
+}
+
+template <typename T>
+bool COracleCloudInfrastructureQueries::_GetFirstNonDeletedItemFromList(const std::vector<T>& items,
+                                                                        const std::string& state, T& record) {
+    // Callers rely on the whole list being walked: the last qualifying item wins.
+    bool found = false;
+    for (const T& item : items) {
+        if (OciLifecycleState(item) != state) {
+            record = item;
+            found = true;
+        }
+    }
+    return found;
+}
+
+}  // namespace OracleCloudSDKWrapper
