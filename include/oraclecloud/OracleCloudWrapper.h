@@ -222,41 +222,64 @@ public:
                         std::string& job);
 
     // ---- Composite operations ---------------------------------------------
-    // Attach volumeName to instanceName; on a Classic compute facade (type 1)
-    // the first free disk slot is chosen and noFreeIndex reports when none is left.
+    // Attach volumeName to instanceName (read with flags 16); on a Classic
+    // compute facade (type 1) the first free disk slot is chosen, and when none
+    // is left noFreeIndex is set and nothing is requested. Otherwise
+    // noFreeIndex is reset before the attachment; the backend sets it again
+    // when the cloud reports its attachment limit. Waits for the attachment.
     bool AttachVolume(const std::string& volumeName, const std::string& instanceName, bool& noFreeIndex);
-    // OCI only: attachment is filled; limitReached tells that the instance has no free slot.
+    // OCI only (other types log "Not Implemented"): attachment is filled, with
+    // the iSCSI address, port and target for "iscsi"; limitReached tells that
+    // the instance has no free slot. Waits for the attachment.
     bool AttachVolume(const std::string& volumeId, const std::string& instanceId, bool& limitReached,
                       SStorageAttachmentInfoLib& attachment);
-    // Detaches every volume it can, waits for the detachments, false if any failed.
+    // Puts every volume it can on detach request (a volume attached elsewhere
+    // or to nothing is skipped), then waits for all of them together. False if
+    // any volume failed or the wait did; the reasons go to the log only.
     bool DetachVolumes(const std::vector<std::string>& volumeNames, const std::string& instanceName);
+    // Waits for the detachment; a volume not attached to the instance is success.
     bool DetachVolume(const std::string& volumeName, const std::string& instanceName);
     // Refuses an empty name or size 0 before any request; a backend failure is
     // logged and leaves GetLastError() unchanged.
     bool CreateVolume(SDiskInfoLib& disk, const std::string& scope);
-    // Checks that vm can be launched; sends nothing.
+    // Checks that vm can be launched; sends nothing, logs why not.
     bool ValidateInstanceInfoForRestore(const SVMInfoLib& vm);
-    // OCI only; does not wait: completed tells whether the import has finished.
+    // OCI only; does not wait: completed tells whether the import has finished
+    // ("AVAILABLE") or is still running ("IMPORTING"). Any other state is false
+    // with GetLastError() naming it.
     bool IsImageImportOperationCompleted(const std::string& imageId, bool& completed, const std::string& region);
-    // Creates and attaches the listed disks to the instance.
+    // Creates each named disk (unnamed ones are skipped) and attaches it to the
+    // instance, in order; stops at the first failure, keeping what was done.
+    // OCI disks default to the instance's domain and compartment. Created disks
+    // get their ids and attachments filled. GetLastError() holds the backend's
+    // text of a failed creation or attachment.
     bool ReConfigureVM(const std::string& instanceName, std::vector<SDiskInfoLib>& disks);
+    // true with exists=false when the cloud says the instance is not there
+    // (OCI: 404 or TERMINATED); false only when the question could not be answered.
     bool DoesVMExist(const std::string& vmName, const std::string& vmId, bool& exists);
+    // Lifecycle text of a snapshot (OCI backup) or a volume as the cloud reports it.
     bool GetSnapshotStatus(const std::string& snapshot, std::string& status);
     bool GetVolumeStatus(const std::string& volume, std::string& status);
+    // Classic: the volume is read first, as the cloud rewrites it whole.
     bool MakeVolumeBootable(const std::string& volume);
     bool ClearDescriptionForVolume(const std::string& volume);
+    // OCI: the domains of the tenancy (its root compartment).
     bool GetAvailabilityDomainListForTenancy(std::vector<SAvailabilityDomainInfoLib>& domains,
                                              const std::string& region);
 
     // Snapshots. The snapshot creations do not take over the backend's error
     // text; the revert does (always the operations' text).
+    // createdSnapshot / createdVolume receive the new object's name (OCI: its
+    // id). Snapshots are not waited for (poll GetSnapshotStatus). A volume from
+    // a snapshot is made in the compartment and domain of the snapshot's volume.
     bool CreateVolumeSnapshot(const std::string& volumeUri, const std::string& description,
                               const std::string& snapshotName, std::string& createdSnapshot);
     bool CreateIntegritySnapshot(const std::string& volumeUri, const std::string& description,
                                  const std::string& snapshotName, std::string& createdSnapshot);
     bool CreateVolumeFromSnapshot(const std::string& snapshotUri, const std::string& volumeName,
                                   std::string& createdVolume);
-    // Replaces the volume by a new one made from the snapshot; true once the new
+    // Replaces the volume by a new one made from the snapshot, named after the
+    // volume's last path part + "_" + the time in seconds; true once the new
     // volume exists, even if the old one could not be deleted.
     bool RevertToIntegritySnapshot(const std::string& volumeUri, const std::string& snapshotUri,
                                    std::string& createdVolume);
