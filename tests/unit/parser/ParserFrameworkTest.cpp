@@ -320,3 +320,27 @@ TEST(ParserFramework, LoggedTextNeverShowsSecretValues) {
     ASSERT_EQ(1u, log.lines().size());
     EXPECT_EQ(std::string::npos, log.lines()[0].text.find("abc"));
 }
+
+TEST(ParserFramework, EveryCutOffPrefixFailsCleanly) {
+    // Bodies cut off by a dropped connection, at every possible byte.
+    const std::string body = R"({"result": [{"name": "/Compute-acme/jdoe/web1/8f3c", "shape": "oc3",
+      "networking": {"eth0": {"seclists": ["/Compute-acme/default/default"]}, "eth1": {"ipnetwork": "/C/u/n"}},
+      "storage_attachments": [{"index": 1, "storage_volume_name": "/C/u/v"}], "size": "1024",
+      "attributes": {"userdata": {"administrator_password": "Welc0me#2018"}}}]})";
+    COracleCloudParser parser;
+    LogCapture log;
+    for (size_t n = 1; n < body.size(); ++n) {
+        std::string prefix = body.substr(0, n);
+        std::vector<SVMInfoLib> vms;
+        SVMInfoLib vm;
+        std::vector<std::string> names;
+        EXPECT_FALSE(parser.ParseList(prefix, "result", vms)) << prefix;
+        EXPECT_FALSE(parser.ParseObject(prefix, vm)) << prefix;
+        EXPECT_EQ(0, parser.ParseListAsStrings(prefix, "result", names)) << prefix;
+        EXPECT_TRUE(vms.empty());
+    }
+    for (const auto& line : log.lines()) EXPECT_EQ(std::string::npos, line.text.find("Welc0me")) << line.text;
+    std::vector<SVMInfoLib> vms;
+    ASSERT_TRUE(parser.ParseList(body, "result", vms));
+    EXPECT_EQ("Welc0me#2018", vms.at(0).administratorPassword);
+}
