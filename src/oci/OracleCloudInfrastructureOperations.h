@@ -66,7 +66,8 @@ public:
     // the connection's is used for this call only.
     bool CreateVolume(SDiskInfoLib& disk, const std::string& region) override;
     // Attaches volume disk.guid to instance vm.guid with attachment.attachmentType
-    // ("iscsi" when empty) and display name attachment.name (when given), waits
+    // (an empty type becomes "iscsi" in attachment) and display name
+    // attachment.name (when given), waits
     // for "ATTACHED" and, for iSCSI, reads the attachment again for its address,
     // port and target. On true attachment holds the attachment. limitReached is
     // set only when the service refused with "LimitExceeded" (no free slot);

@@ -79,12 +79,12 @@ bool COracleCloudInfrastructureOperations::CreateVolumeAttachmentToInstance(cons
                                                                             const SVMInfoLib& vm,
                                                                             bool& limitReached,
                                                                             SStorageAttachmentInfoLib& attachment) {
-    SStorageAttachmentInfoLib request = attachment;
-    if (request.attachmentType.empty()) {
+    if (attachment.attachmentType.empty()) {
         OCW_LOG_DEBUG(&m_debugLog, "Volume attachment type is not specified. Assuming attachment type \"iscsi\" ");
-        request.attachmentType = "iscsi";
+        attachment.attachmentType = "iscsi";
     }
-    const std::string body = JsonHelper::Serialize(ocioperations::AttachVolumeBody(disk, vm, request));
+    const std::string type = attachment.attachmentType;
+    const std::string body = JsonHelper::Serialize(ocioperations::AttachVolumeBody(disk, vm, attachment));
     if (body.empty()) {
         return OCI_OPS_FAIL("The Request json could not be formed for creating volume instance");
     }
@@ -110,7 +110,7 @@ bool COracleCloudInfrastructureOperations::CreateVolumeAttachmentToInstance(cons
         return false;
     }
     // The iSCSI address, port and target appear only once the attachment is complete.
-    if (request.attachmentType == "iscsi" && !GetStorageAttachmentInfo(created.attachmentId, created)) {
+    if (type == "iscsi" && !GetStorageAttachmentInfo(created.attachmentId, created)) {
         return false;
     }
     attachment = created;
