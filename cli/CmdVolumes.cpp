@@ -62,9 +62,9 @@ void RunCreate(Session& s, const CreateOptions& o) {
             throw CliError(kExitUsage, "a volume made from a backup takes its size, compartment and availability "
                                        "domain from the backup's volume");
         }
-        Progress progress("create volume " + o.name + " from " + o.fromBackup);
         s.call("create volume " + o.name + " from backup " + o.fromBackup,
                [&](COracleCloudWrapper& c) { return c.CreateVolumeFromSnapshot(o.fromBackup, o.name, id); });
+        WaitForVolume(s, id, "create volume " + o.name + " from " + o.fromBackup);
     } else {
         if (o.sizeGb == 0) throw CliError(kExitUsage, "volumes create needs --size-gb (or --from-backup)");
         oci::SDiskInfoLib disk;
@@ -121,17 +121,16 @@ void RunRestore(Session& s, const RestoreOptions& o) {
     }
     std::string created;
     if (!o.replace.empty()) {
-        Progress progress("revert " + o.replace + " to " + o.backup);
         s.call("revert volume " + o.replace + " to backup " + o.backup,
                [&](COracleCloudWrapper& c) { return c.RevertToIntegritySnapshot(o.replace, o.backup, created); });
+        WaitForVolume(s, created, "revert " + o.replace + " to " + o.backup);
         PrintResult(std::cout, "Volume " + o.replace + " replaced by " + created + ", made from " + o.backup,
                     object{{"id", created}, {"replacedVolumeId", o.replace}, {"backupId", o.backup}}, s.json());
         return;
     }
-    Progress progress("restore " + o.backup + " as " + o.name);
     s.call("restore backup " + o.backup + " as volume " + o.name,
            [&](COracleCloudWrapper& c) { return c.CreateVolumeFromSnapshot(o.backup, o.name, created); });
-    progress.finish();
+    WaitForVolume(s, created, "restore " + o.backup + " as " + o.name);
     PrintResult(std::cout, "Restored " + o.backup + " as volume " + o.name + ": " + created,
                 object{{"id", created}, {"displayName", o.name}, {"backupId", o.backup}}, s.json());
 }

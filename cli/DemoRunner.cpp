@@ -57,13 +57,24 @@ public:
 
     // Removes what the cycle created, newest first; every item is tried.
     void cleanUp() {
-        for (auto it = cleanup_.rbegin(); it != cleanup_.rend(); ++it) steps_.run("clean up: " + it->first, it->second);
+        for (auto it = cleanup_.rbegin(); it != cleanup_.rend(); ++it) {
+            if (it->active) steps_.run("clean up: " + it->title, it->action);
+        }
         cleanup_.clear();
     }
 
 private:
-    void onCleanup(const std::string& title, std::function<std::string()> action) {
-        cleanup_.emplace_back(title, std::move(action));
+    struct CleanupItem {
+        std::string title;
+        std::function<std::string()> action;
+        bool active;
+    };
+
+    // Returns the item's index, so that a later step can drop it when it has
+    // undone the change itself.
+    size_t onCleanup(const std::string& title, std::function<std::string()> action) {
+        cleanup_.push_back({title, std::move(action), true});
+        return cleanup_.size() - 1;
     }
 
     bool connect() {
@@ -116,13 +127,14 @@ private:
         });
     }
 
-    std::string snapshot(const SDiskInfoLib& disk, const std::string& name, bool integrity, std::string& backup) {
+    std::string snapshot(const SDiskInfoLib& disk, const std::string& kind, bool integrity, std::string& backup) {
+        const std::string name = "ocw-demo-" + kind + "-" + stamp_;
         s_.call("snapshot " + disk.guid, [&](COracleCloudWrapper& c) {
             return integrity ? c.CreateIntegritySnapshot(disk.guid, "taken by ocw demo", name, backup)
                              : c.CreateVolumeSnapshot(disk.guid, "taken by ocw demo", name, backup);
         });
         const std::string id = backup;
-        onCleanup("delete backup " + name, [this, id] {
+        onCleanup("delete the " + kind + " backup", [this, id] {
             s_.call("delete backup " + id, [&](COracleCloudWrapper& c) { return c.DeleteVolumeSnapshot(id); });
             return ShortId(id);
         });
@@ -133,10 +145,10 @@ private:
 
     bool snapshotVolumes() {
         return steps_.run("snapshot its boot volume", [&] {
-                   return snapshot(boot_, "ocw-demo-boot-" + stamp_, false, bootBackup_);
+                   return snapshot(boot_, "boot", false, bootBackup_);
                }) &&
                steps_.run("snapshot its block volume", [&] {
-                   return snapshot(block_, "ocw-demo-data-" + stamp_, false, blockBackup_);
+                   return snapshot(block_, "data", false, blockBackup_);
                });
     }
 
@@ -145,6 +157,7 @@ private:
             const std::string name = "ocw-demo-restored-" + stamp_;
             s_.call("create volume from " + blockBackup_,
                     [&](COracleCloudWrapper& c) { return c.CreateVolumeFromSnapshot(blockBackup_, name, restored_); });
+            WaitForVolume(s_, restored_, "volume " + name);
             onCleanup("delete the restored volume", [this] {
                 const std::string id = restored_;
                 s_.call("delete volume " + id, [&](COracleCloudWrapper& c) { return c.DeleteVolume(id); });
@@ -167,12 +180,9 @@ private:
             s_.call("attach " + restored_ + " to " + helper_.vmName, [&](COracleCloudWrapper& c) {
                 return c.AttachVolume(restored_, helper_.guid, noFreeSlot, attachment);
             });
-            attached_ = true;
-            onCleanup("detach the restored volume", [this] {
-                if (!attached_) return std::string("already detached");
+            detachCleanup_ = onCleanup("detach the restored volume", [this] {
                 s_.call("detach " + restored_, [&](COracleCloudWrapper& c) { return c.DetachVolume(restored_, helper_.guid); });
-                attached_ = false;
-                return std::string("detached");
+                return std::string("DETACHED");
             });
             std::string where = helper_.vmName;
             if (!attachment.iscsiIpv4.empty()) {
@@ -184,7 +194,7 @@ private:
         return steps_.run("detach it from the helper", [&] {
             s_.call("detach " + restored_ + " from " + helper_.vmName,
                     [&](COracleCloudWrapper& c) { return c.DetachVolume(restored_, helper_.guid); });
-            attached_ = false;
+            cleanup_[detachCleanup_].active = false;
             return std::string("DETACHED");
         });
     }
@@ -193,7 +203,7 @@ private:
         const bool taken = steps_.run("take an integrity snapshot of the restored volume", [&] {
             SDiskInfoLib disk;
             disk.guid = restored_;
-            return snapshot(disk, "ocw-demo-integrity-" + stamp_, true, integrityBackup_);
+            return snapshot(disk, "integrity", true, integrityBackup_);
         });
         return taken && steps_.run("revert the volume to its integrity snapshot", [&] {
             std::string replacement;
@@ -203,7 +213,10 @@ private:
             });
             // From here on the clean-up deletes the replacement.
             restored_ = replacement;
-            return ShortId(old) + " replaced by " + ShortId(replacement);
+            WaitForVolume(s_, restored_, "replacement volume");
+            std::string oldState = "unknown";
+            s_.attempt("read volume " + old, [&](COracleCloudWrapper& c) { return c.GetVolumeStatus(old, oldState); });
+            return ShortId(replacement) + " AVAILABLE, " + ShortId(old) + " " + oldState;
         });
     }
 
@@ -283,7 +296,7 @@ private:
     Session& s_;
     DemoSteps& steps_;
     const std::string stamp_;
-    std::vector<std::pair<std::string, std::function<std::string()>>> cleanup_;
+    std::vector<CleanupItem> cleanup_;
     std::vector<SVMInfoLib> instances_;
     SVMInfoLib vm_;
     SVMInfoLib helper_;
@@ -292,7 +305,7 @@ private:
     std::string subnet_;
     std::string bootBackup_, blockBackup_, integrityBackup_;
     std::string restored_;
-    bool attached_ = false;
+    size_t detachCleanup_ = 0;
     std::string bucket_, object_, image_, launched_;
 };
 
@@ -330,15 +343,21 @@ int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
     });
 
     if (started) {
-        GlobalOptions demo;
-        demo.configFile = emulator.info().ociConfig;
-        demo.profile = "DEFAULT";
-        demo.ini = emulator.info().ini;
-        demo.verbosity = global.verbosity;
-        Session session(demo);
-        Cycle cycle(session, steps);
-        cycle.run();
-        cycle.cleanUp();
+        {
+            GlobalOptions demo;
+            demo.configFile = emulator.info().ociConfig;
+            demo.profile = "DEFAULT";
+            demo.ini = emulator.info().ini;
+            demo.verbosity = global.verbosity;
+            // The facade (and its keep-alive connection) is gone before the
+            // emulator stops, which would otherwise wait for the connection.
+            Session session(demo);
+            session.setInterruptHints(false);
+            Interrupt::SetHint("stopping the emulator and removing its files");
+            Cycle cycle(session, steps);
+            cycle.run();
+            cycle.cleanUp();
+        }
         steps.run("stop the emulator", [&] {
             emulator.stop();
             return std::string("stopped");

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstdio>
 
+#include "Interrupt.h"
+
 namespace ocw {
 
 std::string ShortId(const std::string& ocid) {
@@ -23,6 +25,7 @@ bool DemoSteps::run(const std::string& title, const std::function<std::string()>
         detail = e.what();
         if (firstFailure_ == kExitOk) firstFailure_ = e.code();
     }
+    Interrupt::ParkIfRequested();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     steps_.push_back(boost::json::object{{"step", title}, {"seconds", seconds}, {"ok", ok}, {"detail", detail}});
     if (!json_) {

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <atomic>
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -20,11 +22,13 @@ std::mutex g_mutex;
 std::map<int, std::function<void()>> g_cleanups;
 int g_next = 1;
 std::string g_hint;
+std::atomic<bool> g_requested{false};
 
 void Watch(sigset_t signals) {
     int sig = 0;
     while (sigwait(&signals, &sig) != 0) {
     }
+    g_requested = true;
     std::fflush(stdout);
     std::map<int, std::function<void()>> cleanups;
     std::string hint;
@@ -66,6 +70,14 @@ int Add(std::function<void()> cleanup) {
 void Remove(int handle) {
     std::lock_guard<std::mutex> lock(g_mutex);
     g_cleanups.erase(handle);
+}
+
+bool Requested() { return g_requested.load(); }
+
+void ParkIfRequested() {
+    while (g_requested.load()) {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
 }
 
 void SetHint(const std::string& hint) {

@@ -19,6 +19,14 @@ void Install();
 int Add(std::function<void()> cleanup);
 void Remove(int handle);
 
+// True once a signal arrived; the watcher is then cleaning up and will end
+// the process.
+bool Requested();
+// Blocks the calling thread for good when an interrupt is being handled, so
+// that a library call failing because its clean-up pulled the emulator away
+// does not print or exit on its own. Returns at once otherwise.
+void ParkIfRequested();
+
 // Text printed after "interrupted" (for example which operation the cloud
 // will go on with); empty restores the default.
 void SetHint(const std::string& hint);

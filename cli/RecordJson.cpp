@@ -32,7 +32,8 @@ object ToJson(const oci::SDiskInfoLib& d) {
              {"bootable", d.bootable},
              {"availabilityDomain", d.availabilityDomain},
              {"compartmentId", d.compartmentId}};
-    if (!d.iscsiPortal.empty()) o["iscsiPortal"] = d.iscsiPortal;
+    // Attachments without iSCSI details (paravirtualized, boot) leave ":".
+    if (!d.iscsiPortal.empty() && d.iscsiPortal != ":") o["iscsiPortal"] = d.iscsiPortal;
     if (!d.iscsiTarget.empty()) o["iscsiTarget"] = d.iscsiTarget;
     return o;
 }

@@ -64,9 +64,10 @@ bool Session::attempt(const std::string& what, const std::function<bool(COracleC
     COracleCloudWrapper& facade = cloud();
     LogRouter::Instance().beginCall();
     lastErrorBefore_ = facade.GetLastError();
-    Interrupt::SetHint("the cloud may still be working on: " + what);
+    if (interruptHints_) Interrupt::SetHint("the cloud may still be working on: " + what);
     const bool ok = run(facade);
-    Interrupt::SetHint("");
+    Interrupt::ParkIfRequested();
+    if (interruptHints_) Interrupt::SetHint("");
     return ok;
 }
 

@@ -52,6 +52,10 @@ public:
     bool attempt(const std::string& what,
                  const std::function<bool(OracleCloudSDKWrapper::COracleCloudWrapper&)>& run);
 
+    // Off: Ctrl-C does not claim that the cloud goes on with the interrupted
+    // call (the demo's cloud goes away with it).
+    void setInterruptHints(bool on) { interruptHints_ = on; }
+
     // The CliError for the last failed call.
     CliError failure(const std::string& what) const;
 
@@ -69,6 +73,7 @@ private:
     AgentIni ini_;
     std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> facade_;
     std::string lastErrorBefore_;
+    bool interruptHints_ = true;
 };
 
 // Connects facade with an OCI profile: the tenancy as server, the user text

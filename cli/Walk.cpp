@@ -56,4 +56,9 @@ std::string FirstAvailabilityDomain(Session& s, const std::string& compartment) 
     return domains.front().name;
 }
 
+void WaitForVolume(Session& s, const std::string& id, const std::string& label) {
+    s.waitForState(label, [&](std::string& state) { return s.cloud().GetVolumeStatus(id, state); }, {"AVAILABLE"},
+                   {"FAULTY", "TERMINATED"});
+}
+
 }  // namespace ocw

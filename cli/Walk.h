@@ -19,4 +19,9 @@ std::vector<OracleCloudSDKWrapper::SVMInfoLib> ListInstances(Session& session, c
 // compartment's list.
 std::string FirstAvailabilityDomain(Session& session, const std::string& compartment);
 
+// Waits until a volume is AVAILABLE. The library returns from making a volume
+// out of a backup as soon as the cloud accepted it; attaching or deleting it
+// before it is provisioned fails.
+void WaitForVolume(Session& session, const std::string& volumeId, const std::string& label);
+
 }  // namespace ocw

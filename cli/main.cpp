@@ -64,11 +64,14 @@ int main(int argc, char** argv) {
     ocw::Session session(options);
     try {
         action(session);
+        ocw::Interrupt::ParkIfRequested();
     } catch (const ocw::CliError& e) {
+        ocw::Interrupt::ParkIfRequested();
         std::cout.flush();
         std::cerr << "ocw: " << e.what() << '\n';
         return e.code();
     } catch (const std::exception& e) {
+        ocw::Interrupt::ParkIfRequested();
         std::cout.flush();
         std::cerr << "ocw: unexpected error: " << e.what() << '\n';
         return ocw::kExitFailure;
