@@ -117,6 +117,24 @@ std::vector<CapturedLogLine> ScopedLogCapture::matching(const std::string& needl
     return out;
 }
 
+ScopedLogTrigger::ScopedLogTrigger(const std::string& needle, std::function<void()> action, int level)
+    : fired_(std::make_shared<bool>(false)) {
+    std::shared_ptr<bool> fired = fired_;
+    OracleCloudSDKWrapper::DebugLog::SetSink(
+        [needle, action, fired](const OracleCloudSDKWrapper::LogRecord& record) {
+            if (!*fired && record.text.find(needle) != std::string::npos) {
+                *fired = true;
+                action();
+            }
+        });
+    OracleCloudSDKWrapper::DebugLog::SetThreshold(level);
+}
+
+ScopedLogTrigger::~ScopedLogTrigger() {
+    OracleCloudSDKWrapper::DebugLog::SetSink(nullptr);
+    OracleCloudSDKWrapper::DebugLog::ResetThreshold();
+}
+
 // ---- fixture ----------------------------------------------------------------
 
 void EmulatorTest::SetUp() {

@@ -41,6 +41,7 @@
 // WriteConfig before ConnectFacade / constructing a facade.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -85,6 +86,22 @@ public:
 private:
     struct State;
     std::shared_ptr<State> state_;
+};
+
+// Runs `action` once, the first time the library logs a line (up to `level`)
+// containing `needle`, on the thread that logs it: the caller's. A way to
+// change the cloud between two requests of one synchronous call (add a fault
+// after the first page, ...). Restores the default sink and level at its end.
+class ScopedLogTrigger {
+public:
+    ScopedLogTrigger(const std::string& needle, std::function<void()> action, int level = 2);
+    ~ScopedLogTrigger();
+    ScopedLogTrigger(const ScopedLogTrigger&) = delete;
+    ScopedLogTrigger& operator=(const ScopedLogTrigger&) = delete;
+    bool fired() const { return *fired_; }
+
+private:
+    std::shared_ptr<bool> fired_;
 };
 
 class EmulatorTest : public ::testing::Test {
