@@ -283,8 +283,12 @@ TEST_F(InventoryCompute, WindowsGuestBringsItsInitialPasswordAndWaitForBootDoesN
     ASSERT_TRUE(facade);
     std::string win = FindResourceId("instance", "ocw-win-1");
     SVMInfoLib vm;
-
-    ASSERT_TRUE(facade->GetVMInfo("", win, vm, kGuestOs, ""));
+    {
+        ocwtest::e2e::ScopedLogCapture log(9);
+        ASSERT_TRUE(facade->GetVMInfo("", win, vm, kGuestOs, ""));
+        ASSERT_FALSE(log.matching("initialCredentials").empty()) << "the answer is logged at this level";
+        EXPECT_TRUE(log.matching(ResourceMember(win, "_password")).empty()) << "the password reached the log";
+    }
 
     EXPECT_EQ(vm.platform, "Windows");
     EXPECT_EQ(vm.administratorPassword, ResourceMember(win, "_password"));
