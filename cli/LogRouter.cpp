@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "Progress.h"
 #include "oraclecloud/OracleCloudWrapper.h"
@@ -101,6 +102,10 @@ void LogRouter::onLine(int level, const char* signature, const std::string& text
         std::lock_guard<std::mutex> lock(mutex_);
         if (level == 0) {
             failure_.lastErrorLine = text.substr(0, text.find('\n'));
+        }
+        const size_t answered = text.find("answered with status ");
+        if (level == 0 && answered != std::string::npos) {
+            failure_.httpStatus = std::atoi(text.c_str() + answered + 21);
         }
         if (StartsWith(text, "Error: API failed.")) {
             failure_.requestFailed = true;

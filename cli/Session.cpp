@@ -85,11 +85,16 @@ CliError Session::failure(const std::string& what) const {
     if (detail.empty()) detail = f.lastErrorLine;
     if (detail.empty()) detail = "no details (run with -v to see the library's log)";
 
+    // OCI's codes: "NotAuthenticated" (401); "NotAuthorizedOrNotFound" (404)
+    // and object storage's "BucketNotFound", "ObjectNotFound", ...
+    const bool codeSaysNotFound = f.serviceCode.size() >= 8 &&
+                                  f.serviceCode.compare(f.serviceCode.size() - 8, 8, "NotFound") == 0 &&
+                                  f.serviceCode != "RelatedResourceNotAuthorizedOrNotFound";
     ExitCode code = kExitFailure;
-    if (f.serviceCode == "NotAuthenticated" || f.signingFailed ||
+    if (f.serviceCode == "NotAuthenticated" || f.httpStatus == 401 || f.signingFailed ||
         libraryText.find("decrypt the private key") != std::string::npos) {
         code = kExitAuth;
-    } else if (f.serviceCode == "NotAuthorizedOrNotFound" || f.serviceCode == "NotFound") {
+    } else if (codeSaysNotFound || f.httpStatus == 404) {
         code = kExitNotFound;
     }
     if (!f.serviceCode.empty()) detail += " (" + f.serviceCode + ")";

@@ -1,0 +1,62 @@
+#include "CliFixture.h"
+
+namespace ocwtest {
+
+std::unique_ptr<ocwemu::Emulator> CliTest::emulator_;
+
+const char* const kSeededInstances[4] = {"ocw-web-1", "ocw-web-2", "ocw-win-1", "ocw-app-1"};
+
+void CliTest::SetUpTestSuite() {
+    if (emulator_) return;
+    ocwemu::EmulatorOptions options;
+    options.provisionMs = 100;
+    emulator_ = std::make_unique<ocwemu::Emulator>(options);
+    if (!emulator_->start()) {
+        ADD_FAILURE() << "the emulator did not start: " << emulator_->lastError();
+    }
+}
+
+void CliTest::TearDownTestSuite() {
+    if (emulator_) emulator_->stop();
+    emulator_.reset();
+}
+
+void CliTest::SetUp() { ASSERT_TRUE(emulator_ && !emulator_->info().endpoint.empty()) << "no emulator"; }
+
+CliResult CliTest::OcwRaw(const std::vector<std::string>& args, const CliRunOptions& options) {
+    return RunProgram(OcwPath(), args, options);
+}
+
+CliResult CliTest::Ocw(const std::vector<std::string>& args, const CliRunOptions& options) {
+    std::vector<std::string> all{"--config-file", emulator_->info().ociConfig, "--ini", emulator_->info().ini};
+    all.insert(all.end(), args.begin(), args.end());
+    return OcwRaw(all, options);
+}
+
+boost::json::value CliTest::Json(const CliResult& result) {
+    boost::system::error_code ec;
+    boost::json::value v = boost::json::parse(result.out, ec);
+    if (ec) {
+        ADD_FAILURE() << "stdout is not JSON: " << result.out << "\nstderr: " << result.err;
+        return nullptr;
+    }
+    return v;
+}
+
+std::string CliTest::IdOf(const boost::json::value& list, const std::string& key, const std::string& value) {
+    if (!list.is_array()) return std::string();
+    for (const boost::json::value& item : list.get_array()) {
+        if (!item.is_object()) continue;
+        const boost::json::value* member = item.get_object().if_contains(key);
+        const boost::json::value* id = item.get_object().if_contains("id");
+        if (member != nullptr && member->is_string() && member->get_string() == value && id != nullptr &&
+            id->is_string()) {
+            return std::string(id->get_string());
+        }
+    }
+    return std::string();
+}
+
+size_t CliTest::RequestCount() { return emulator_->requestLog().last(1000000).size(); }
+
+}  // namespace ocwtest

@@ -1,0 +1,168 @@
+// Operations through ocw change the emulated cloud as the commands say.
+#include "CliFixture.h"
+
+namespace ocwtest {
+namespace {
+
+using CliOperations = CliTest;
+
+std::string Str(const boost::json::value& v, const char* key) {
+    const boost::json::value* member = v.is_object() ? v.get_object().if_contains(key) : nullptr;
+    return member != nullptr && member->is_string() ? std::string(member->get_string()) : std::string();
+}
+
+TEST_F(CliOperations, SnapshotRestoreAttachDetachAndDeleteAVolume) {
+    const boost::json::value volumes = Json(Ocw({"--json", "volumes", "list"}));
+    const std::string data = IdOf(volumes, "displayName", "ocw-data-1");
+    const std::string helper = IdOf(Json(Ocw({"--json", "instances", "list"})), "displayName", "ocw-web-2");
+    ASSERT_FALSE(data.empty());
+    ASSERT_FALSE(helper.empty());
+
+    CliResult r = Ocw({"--json", "volumes", "snapshot", data, "--name", "cli-test-backup"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string backup = Str(Json(r), "id");
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "AVAILABLE");
+    EXPECT_EQ(backup.rfind("ocid1.volumebackup.", 0), 0u) << backup;
+    // Progress of ocw's own wait went to stderr, not into the JSON.
+    EXPECT_NE(r.err.find("backup cli-test-backup"), std::string::npos) << r.err;
+
+    r = Ocw({"--json", "backups", "show", backup});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "AVAILABLE");
+
+    r = Ocw({"--json", "volumes", "restore", backup, "--name", "cli-test-restored"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string restored = Str(Json(r), "id");
+    ASSERT_EQ(restored.rfind("ocid1.volume.", 0), 0u) << r.out;
+
+    r = Ocw({"--json", "volumes", "attach", restored, helper});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "ATTACHED");
+    EXPECT_EQ(Str(Json(r), "attachmentType"), "iscsi");
+    EXPECT_FALSE(Str(Json(r), "iqn").empty()) << r.out;
+
+    // The helper now lists the restored volume among its volumes.
+    r = Ocw({"--json", "volumes", "list", "--instance", helper});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(IdOf(Json(r), "id", restored), restored);
+
+    r = Ocw({"volumes", "detach", restored, helper});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"--json", "volumes", "list", "--instance", helper});
+    EXPECT_TRUE(IdOf(Json(r), "id", restored).empty()) << r.out;
+
+    r = Ocw({"volumes", "delete", restored});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"backups", "delete", backup});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"--json", "backups", "show", backup});
+    EXPECT_NE(Str(Json(r), "lifecycleState"), "AVAILABLE") << r.out;
+}
+
+TEST_F(CliOperations, IntegritySnapshotReplacesAVolume) {
+    CliResult r = Ocw({"--json", "volumes", "create", "--name", "cli-scratch", "--size-gb", "50"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string volume = Str(Json(r), "id");
+    ASSERT_FALSE(volume.empty()) << r.out;
+
+    r = Ocw({"--json", "volumes", "snapshot", volume, "--integrity"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string backup = Str(Json(r), "id");
+
+    r = Ocw({"--json", "volumes", "restore", backup, "--replace", volume});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string replacement = Str(Json(r), "id");
+    EXPECT_FALSE(replacement.empty());
+    EXPECT_NE(replacement, volume);
+
+    r = Ocw({"--json", "volumes", "show", replacement});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "AVAILABLE");
+    // The replaced volume is going or gone.
+    r = Ocw({"--json", "volumes", "show", volume});
+    EXPECT_TRUE(r.exitCode == 4 || Str(Json(r), "lifecycleState").rfind("TERMINAT", 0) == 0) << r.out << r.err;
+}
+
+TEST_F(CliOperations, PowerCycleReportsTheStatesItWaitedFor) {
+    const std::string id = IdOf(Json(Ocw({"--json", "instances", "list"})), "displayName", "ocw-web-2");
+    CliResult r = Ocw({"instances", "stop", id});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("STOPPED"), std::string::npos);
+    r = Ocw({"--json", "instances", "show", id});
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "STOPPED");
+    r = Ocw({"instances", "start", id});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"instances", "reboot", id});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"--json", "instances", "show", id});
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "RUNNING");
+}
+
+TEST_F(CliOperations, ImageImportFromObjectStorageAndLaunchFromIt) {
+    CliResult r = Ocw({"objects", "put", "ocw-demo-bucket", "cli/disk.vmdk", "--text", "# Disk DescriptorFile\n"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string compartment = IdOf(Json(Ocw({"--json", "compartments"})), "name", "ocw-demo");
+    r = Ocw({"--json", "images", "import", "--bucket", "ocw-demo-bucket", "--object", "cli/disk.vmdk", "--name",
+             "cli-image", "-c", compartment});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string image = Str(Json(r), "id");
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "AVAILABLE");
+
+    r = Ocw({"--json", "images", "list", "-c", compartment, "--name", "cli-image"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(IdOf(Json(r), "displayName", "cli-image"), image) << r.out;
+
+    const std::string subnet = [&] {
+        const boost::json::value networks = Json(Ocw({"--json", "networks"}));
+        for (const auto& vcn : networks.as_array()) {
+            for (const auto& s : vcn.at("subnets").as_array()) {
+                if (s.at("displayName").as_string() == "ocw-demo-public") return std::string(s.at("id").as_string());
+            }
+        }
+        return std::string();
+    }();
+    r = Ocw({"--json", "instances", "launch", "--name", "cli-restored", "--shape", "VM.Standard2.1", "--image", image,
+             "-c", compartment, "--subnet", subnet});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string instance = Str(Json(r), "id");
+    r = Ocw({"--json", "instances", "show", instance});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Str(Json(r), "imageId"), image);
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "RUNNING");
+
+    r = Ocw({"instances", "delete", instance});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("terminated"), std::string::npos);
+    EXPECT_EQ(Ocw({"images", "delete", image}).exitCode, 0);
+    EXPECT_EQ(Ocw({"objects", "delete", "ocw-demo-bucket", "cli/disk.vmdk"}).exitCode, 0);
+    // Deleting it again finds nothing.
+    EXPECT_EQ(Ocw({"objects", "delete", "ocw-demo-bucket", "cli/disk.vmdk"}).exitCode, 4);
+}
+
+TEST_F(CliOperations, DatabaseBackupsAreListedBackedUpAndDeleted) {
+    const std::string compartment = IdOf(Json(Ocw({"--json", "compartments"})), "name", "ocw-demo-db");
+    CliResult r = Ocw({"--json", "db", "systems", "-c", compartment});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_FALSE(IdOf(Json(r), "displayName", "ocw-demo-db").empty()) << r.out;
+
+    r = Ocw({"--json", "db", "databases", "-c", compartment});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string database = IdOf(Json(r), "dbName", "DEMODB");
+    ASSERT_FALSE(database.empty()) << r.out;
+
+    r = Ocw({"--json", "backups", "list", "-c", compartment});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_FALSE(IdOf(Json(r), "displayName", "ocw-demo-db-backup").empty()) << r.out;
+
+    r = Ocw({"--json", "db", "backup", database, "--name", "cli-db-backup"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const std::string backup = Str(Json(r), "id");
+    ASSERT_EQ(backup.rfind("ocid1.dbbackup.", 0), 0u) << r.out;
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "ACTIVE");
+
+    r = Ocw({"backups", "delete", backup});
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+}
+
+}  // namespace
+}  // namespace ocwtest
