@@ -103,6 +103,10 @@ void LogRouter::onLine(int level, const char* signature, const std::string& text
         if (level == 0) {
             failure_.lastErrorLine = text.substr(0, text.find('\n'));
         }
+        const size_t transport = text.find("] failed: ");
+        if (level == 0 && transport != std::string::npos) {
+            failure_.transportError = text.substr(transport + 10, text.find('\n') - transport - 10);
+        }
         const size_t answered = text.find("answered with status ");
         if (level == 0 && answered != std::string::npos) {
             failure_.httpStatus = std::atoi(text.c_str() + answered + 21);

@@ -19,6 +19,7 @@ struct CallFailure {
     std::string serviceCode;     // "code" of the last error body, e.g. "NotAuthenticated"
     std::string serviceMessage;  // "message" of that body
     std::string lastErrorLine;   // text of the last error-level line
+    std::string transportError;  // why the last transfer failed without an answer ("Could not resolve host: ...")
     int httpStatus = 0;          // status of the last failed request, 0 when none was answered
     bool signingFailed = false;  // a request could not be signed (key or pass phrase)
     bool requestFailed = false;  // a request was sent and failed

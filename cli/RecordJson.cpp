@@ -20,7 +20,8 @@ object ToJson(const oci::SContainerInfoLib& c) {
     return object{{"name", c.name},
                   {"id", c.guid},
                   {"lifecycleState", c.state},
-                  {"compartmentId", c.compartmentId},
+                  // The root compartment (the tenancy) names itself as its parent.
+                  {"compartmentId", c.compartmentId == c.guid ? std::string() : c.compartmentId},
                   {"description", c.description}};
 }
 

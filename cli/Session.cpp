@@ -82,6 +82,7 @@ CliError Session::failure(const std::string& what) const {
     // earlier call; the service's own answer is the freshest explanation.
     std::string detail = f.serviceMessage;
     if (detail.empty() && !libraryText.empty() && libraryText != lastErrorBefore_) detail = libraryText;
+    if (detail.empty()) detail = f.transportError;
     if (detail.empty()) detail = f.lastErrorLine;
     if (detail.empty()) detail = "no details (run with -v to see the library's log)";
 

@@ -65,6 +65,8 @@ TEST(LogRouter, ErrorBodyAfterAFailedRequestGivesCodeAndMessage) {
     EXPECT_EQ(router.failure().httpStatus, 0);
     router.onLine(2, "f()", "Failed to generate authorization header for request[0][/x]");
     EXPECT_TRUE(router.failure().signingFailed);
+    router.onLine(0, "bool HttpClient::SendHttpRequest()", "HTTP GET [https://h/z] failed: Could not resolve host: h");
+    EXPECT_EQ(router.failure().transportError, "Could not resolve host: h");
 }
 
 TEST(LogRouter, ShortSignatureKeepsClassAndMethod) {
