@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 
 #include <cctype>
+#include <chrono>
 
 namespace ocwemu {
 
@@ -72,7 +73,9 @@ bool HttpServer::start(const std::string& host, int port, const std::string& cer
     const size_t workers = threads > 0 ? static_cast<size_t>(threads) : 16;
     server_->new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
     server_->set_keep_alive_max_count(1000000);
-    server_->set_keep_alive_timeout(30);
+    // An idle keep-alive connection holds a worker thread, and stop() waits for
+    // it, up to this long.
+    server_->set_keep_alive_timeout(5);
     server_->set_read_timeout(30, 0);
     server_->set_write_timeout(30, 0);
     server_->set_tcp_nodelay(true);
@@ -96,6 +99,9 @@ bool HttpServer::start(const std::string& host, int port, const std::string& cer
     }
     httplib::SSLServer* s = server_.get();
     thread_ = std::thread([s] { s->listen_after_bind(); });
+    // stop() is a no-op until the accept loop runs, so a quick start/stop
+    // would leave the loop running forever: wait for it here.
+    for (int i = 0; i < 5000 && !s->is_running(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return true;
 }
 

@@ -30,7 +30,9 @@ public:
     bool start(const std::string& host, int port, const std::string& certFile, const std::string& keyFile,
                int threads, Dispatch dispatch, std::string& error);
     int port() const { return port_; }
-    // Stops accepting, finishes requests in flight and joins the threads. Idempotent.
+    // Stops accepting, finishes requests in flight and joins the threads; a
+    // client that keeps an idle connection open delays this by up to 5 s.
+    // Idempotent.
     void stop();
 
 private:

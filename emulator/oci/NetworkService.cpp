@@ -129,8 +129,9 @@ Resource& NetworkService::attachNewVnic(const Resource& instance, const Resource
     Resource& v = addResource(std::move(vnic), nowMs, {{"PROVISIONING", 0}, {"AVAILABLE", delayMs}});
 
     int nicIndex = 0;
-    for (Resource* a : store_.list("vnicattachment", instance.compartmentId, nowMs))
-        if (JStr(a->doc, "instanceId") == instance.id) ++nicIndex;
+    if (!primary)  // the primary VNIC is always index 0; the scan matters only for later ones
+        for (Resource* a : store_.list("vnicattachment", instance.compartmentId, nowMs))
+            if (JStr(a->doc, "instanceId") == instance.id) ++nicIndex;
     Resource att = newResource("vnicattachment", "vnicattachment", instance.compartmentId, instance.region, nowMs);
     att.doc["availabilityDomain"] = ad;
     att.doc["displayName"] = JStr(v.doc, "displayName");

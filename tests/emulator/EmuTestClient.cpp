@@ -1,0 +1,209 @@
+#include "EmuTestClient.h"
+
+#include "common/Paging.h"
+#include "common/TimeUtil.h"
+
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rsa.h>
+
+#include <cctype>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace emutest {
+
+std::string Response::header(const std::string& name) const {
+    auto it = headers.find(name);
+    return it == headers.end() ? std::string() : it->second;
+}
+
+JValue Response::json() const {
+    boost::system::error_code ec;
+    JValue v = boost::json::parse(body, ec);
+    return ec ? JValue(nullptr) : v;
+}
+
+JObject Response::object() const {
+    JValue v = json();
+    return v.is_object() ? v.as_object() : JObject{};
+}
+
+JArray Response::array() const {
+    JValue v = json();
+    return v.is_array() ? v.as_array() : JArray{};
+}
+
+ocwemu::Emulator& SharedEmulator() {
+    static ocwemu::Emulator* emu = [] {
+        ocwemu::EmulatorOptions o;
+        o.provisionMs = 300;
+        o.pageSize = 2;
+        auto* e = new ocwemu::Emulator(o);
+        if (!e->start()) throw std::runtime_error("emulator did not start: " + e->lastError());
+        return e;
+    }();
+    return *emu;
+}
+
+static std::string ReadAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::string Sha256Base64(const std::string& data) {
+    unsigned char md[EVP_MAX_MD_SIZE];
+    unsigned int len = 0;
+    EVP_Digest(data.data(), data.size(), md, &len, EVP_sha256(), nullptr);
+    return ocwemu::Base64Encode(std::string(reinterpret_cast<char*>(md), len));
+}
+
+std::string UrlEncode(const std::string& s) { return ocwemu::PercentEncode(s); }
+
+void NewKeyPair(std::string& privatePem, std::string& publicPem) {
+    EVP_PKEY* k = EVP_RSA_gen(2048);
+    BIO* a = BIO_new(BIO_s_mem());
+    BIO* b = BIO_new(BIO_s_mem());
+    PEM_write_bio_PKCS8PrivateKey(a, k, nullptr, nullptr, 0, nullptr, nullptr);
+    PEM_write_bio_PUBKEY(b, k);
+    char* d = nullptr;
+    long n = BIO_get_mem_data(a, &d);
+    privatePem.assign(d, static_cast<size_t>(n));
+    n = BIO_get_mem_data(b, &d);
+    publicPem.assign(d, static_cast<size_t>(n));
+    BIO_free(a);
+    BIO_free(b);
+    EVP_PKEY_free(k);
+}
+
+static std::string SignRsaSha256(const std::string& keyPem, const std::string& passPhrase, const std::string& data) {
+    BIO* bio = BIO_new_mem_buf(keyPem.data(), static_cast<int>(keyPem.size()));
+    EVP_PKEY* key = PEM_read_bio_PrivateKey(bio, nullptr, nullptr, const_cast<char*>(passPhrase.c_str()));
+    BIO_free(bio);
+    if (!key) throw std::runtime_error("test key does not load");
+    EVP_MD_CTX* ctx = EVP_MD_CTX_new();
+    size_t len = 0;
+    EVP_DigestSignInit(ctx, nullptr, EVP_sha256(), nullptr, key);
+    EVP_DigestSign(ctx, nullptr, &len, reinterpret_cast<const unsigned char*>(data.data()), data.size());
+    std::string sig(len, '\0');
+    EVP_DigestSign(ctx, reinterpret_cast<unsigned char*>(&sig[0]), &len,
+                   reinterpret_cast<const unsigned char*>(data.data()), data.size());
+    sig.resize(len);
+    EVP_MD_CTX_free(ctx);
+    EVP_PKEY_free(key);
+    return ocwemu::Base64Encode(sig);
+}
+
+Client::Client(const ocwemu::EmulatorInfo& info, std::string passPhrase)
+    : info_(info), passPhrase_(std::move(passPhrase)) {
+    http_ = std::make_unique<httplib::SSLClient>("127.0.0.1", info.port);
+    http_->set_ca_cert_path(info.caFile.c_str());
+    http_->enable_server_certificate_verification(true);
+    http_->set_read_timeout(20, 0);
+    http_->set_keep_alive(true);
+}
+
+static std::string Lower(std::string s) {
+    for (auto& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+Response Client::send(const std::string& method, const std::string& target, const std::string& body,
+                      const SignOptions& opt) {
+    const bool bodyMethod = method == "POST" || method == "PUT" || method == "PATCH";
+    const std::string host = opt.host.empty() ? "127.0.0.1:" + std::to_string(info_.port) : opt.host;
+    const std::string date = ocwemu::HttpDate(ocwemu::NowMs() / 1000 + opt.dateOffsetSeconds);
+    std::map<std::string, std::string> values{{"host", host},
+                                              {opt.useXDate ? "x-date" : "date", date},
+                                              {"(request-target)", Lower(method) + " " + (opt.signedTarget.empty() ? target : opt.signedTarget)}};
+    httplib::Headers headers{{"Host", host}, {opt.useXDate ? "x-date" : "date", date}};
+    if (bodyMethod) {
+        values["content-length"] = std::to_string(body.size());
+        values["content-type"] = opt.contentType;
+        values["x-content-sha256"] = opt.contentSha256.empty() ? Sha256Base64(body) : opt.contentSha256;
+        headers.emplace("x-content-sha256", values["x-content-sha256"]);
+    }
+    for (const auto& h : opt.extraHeaders) {
+        headers.emplace(h.first, h.second);
+        values[Lower(h.first)] = h.second;
+    }
+    std::vector<std::string> names = opt.headers;
+    if (names.empty()) {
+        names = {opt.useXDate ? "x-date" : "date", "(request-target)", "host"};
+        if (bodyMethod) names.insert(names.end(), {"content-length", "content-type", "x-content-sha256"});
+    }
+    if (opt.sign) {
+        std::string signing, list;
+        for (size_t i = 0; i < names.size(); ++i) {
+            const std::string n = Lower(names[i]);
+            if (i) {
+                signing += "\n";
+                list += " ";
+            }
+            signing += n + ": " + values[n];
+            list += names[i];
+        }
+        const std::string keyPem = opt.keyPem.empty() ? ReadAll(info_.keyFile) : opt.keyPem;
+        std::string sig = SignRsaSha256(keyPem, opt.keyPem.empty() ? passPhrase_ : std::string(), signing);
+        if (opt.corruptSignature) sig[5] = sig[5] == 'A' ? 'B' : 'A';
+        const std::string keyId = opt.keyId.empty() ? info_.tenancy + "/" + info_.user + "/" + info_.fingerprint : opt.keyId;
+        std::string auth = "Signature ";
+        if (opt.version != "-") auth += "version=\"" + opt.version + "\",";
+        auth += "keyId=\"" + keyId + "\",algorithm=\"" + opt.algorithm + "\",headers=\"" + list + "\",signature=\"" + sig + "\"";
+        headers.emplace("authorization", auth);
+    }
+    auto call = [&]() -> httplib::Result {
+        if (method == "GET") return http_->Get(target.c_str(), headers);
+        if (method == "HEAD") return http_->Head(target.c_str(), headers);
+        if (method == "DELETE") return http_->Delete(target.c_str(), headers);
+        if (method == "POST") return http_->Post(target.c_str(), headers, body, opt.contentType.c_str());
+        if (method == "PUT") return http_->Put(target.c_str(), headers, body, opt.contentType.c_str());
+        return http_->Patch(target.c_str(), headers, body, opt.contentType.c_str());
+    };
+    httplib::Result r = call();
+    Response out;
+    if (!r) return out;
+    out.status = r->status;
+    out.body = r->body;
+    out.headers = r->headers;
+    return out;
+}
+
+Response Client::post(const std::string& target, const JValue& body, const SignOptions& opt) {
+    return send("POST", target, ocwemu::ToJson(body), opt);
+}
+
+Response Client::admin(const std::string& method, const std::string& path, const std::string& body) {
+    SignOptions o;
+    o.sign = false;
+    return send(method, "/_emulator/" + path, body, o);
+}
+
+JArray Client::listAll(const std::string& target, int* pages) {
+    JArray all;
+    std::string page;
+    int count = 0;
+    do {
+        std::string t = target;
+        if (!page.empty()) t += std::string(t.find('?') == std::string::npos ? "?" : "&") + "page=" + UrlEncode(page);
+        Response r = get(t);
+        if (r.status != 200) throw std::runtime_error("list " + t + " answered " + std::to_string(r.status) + " " + r.body);
+        for (auto& v : r.array()) all.push_back(v);
+        page = r.header("opc-next-page");
+        ++count;
+    } while (!page.empty() && count < 1000);
+    if (pages) *pages = count;
+    return all;
+}
+
+std::string Client::compartment(const std::string& name) {
+    for (const auto& c : listAll("/20160918/compartments?compartmentId=" + info_.tenancy +
+                                 "&compartmentIdInSubtree=true&limit=100"))
+        if (ocwemu::JStr(c.as_object(), "name") == name) return ocwemu::JStr(c.as_object(), "id");
+    throw std::runtime_error("no compartment " + name);
+}
+
+}  // namespace emutest

@@ -1,0 +1,122 @@
+// List paging: opaque tokens that need URL-encoding, limits, and the service's
+// answers to bad paging input.
+#include "EmuTestClient.h"
+#include "common/Paging.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace emutest {
+namespace {
+
+TEST(PageToken, RoundTripsAndAlwaysCarriesPaddingButNoPlusOrSlash) {
+    for (size_t offset : {0u, 1u, 9u, 10u, 99u, 123u, 1000u, 98765u, 1234567u}) {
+        const std::string t = ocwemu::EncodePageToken(offset);
+        EXPECT_NE(t.find('='), std::string::npos) << t;
+        EXPECT_EQ(t.find_first_of("+/"), std::string::npos) << t;
+        size_t back = 0;
+        ASSERT_TRUE(ocwemu::DecodePageToken(t, back)) << t;
+        EXPECT_EQ(back, offset);
+    }
+}
+
+TEST(PageToken, RejectsForeignAndTruncatedTokens) {
+    size_t offset = 0;
+    const std::string t = ocwemu::EncodePageToken(42);
+    EXPECT_FALSE(ocwemu::DecodePageToken(t.substr(0, t.size() - 2), offset));  // '=' lost by a careless client
+    EXPECT_FALSE(ocwemu::DecodePageToken("", offset));
+    EXPECT_FALSE(ocwemu::DecodePageToken(ocwemu::Base64Encode("other:5"), offset));
+    EXPECT_FALSE(ocwemu::DecodePageToken("!!!!", offset));
+}
+
+class PagingTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        client_ = std::make_unique<Client>(SharedEmulator().info());
+        ASSERT_EQ(client_->admin("POST", "reset").status, 200);
+        demo_ = client_->compartment("ocw-demo");
+    }
+    std::unique_ptr<Client> client_;
+    std::string demo_;
+};
+
+TEST_F(PagingTest, DefaultPageSizeMakesOrdinaryListsPage) {
+    int pages = 0;
+    JArray all = client_->listAll("/20160918/instances?compartmentId=" + demo_, &pages);
+    EXPECT_EQ(all.size(), 3u);  // the demo compartment's instances in the home region
+    EXPECT_EQ(pages, 2);
+    std::set<std::string> ids;
+    for (const auto& v : all) ids.insert(ocwemu::JStr(v.as_object(), "id"));
+    EXPECT_EQ(ids.size(), all.size()) << "no item twice across pages";
+}
+
+TEST_F(PagingTest, LimitChoosesThePageSizeAndTheLastPageHasNoToken) {
+    Response first = client_->get("/20160918/instances?compartmentId=" + demo_ + "&limit=2");
+    ASSERT_EQ(first.status, 200);
+    EXPECT_EQ(first.array().size(), 2u);
+    const std::string token = first.header("opc-next-page");
+    ASSERT_FALSE(token.empty());
+    Response second = client_->get("/20160918/instances?compartmentId=" + demo_ + "&limit=2&page=" + UrlEncode(token));
+    ASSERT_EQ(second.status, 200);
+    EXPECT_EQ(second.header("opc-next-page"), "");
+    Response all = client_->get("/20160918/instances?compartmentId=" + demo_ + "&limit=1000");
+    EXPECT_EQ(all.header("opc-next-page"), "");
+}
+
+TEST_F(PagingTest, BadLimitsAndTokensAre400InvalidParameter) {
+    for (const char* bad : {"&limit=0", "&limit=1001", "&limit=abc", "&page=not-a-token", "&page="}) {
+        Response r = client_->get("/20160918/instances?compartmentId=" + demo_ + bad);
+        EXPECT_EQ(r.status, 400) << bad;
+        EXPECT_EQ(ocwemu::JStr(r.object(), "code"), "InvalidParameter") << bad;
+    }
+}
+
+TEST_F(PagingTest, CollectionPathsMayEndInASlash) {
+    Response plain = client_->get("/20160918/volumeAttachments?compartmentId=" + demo_);
+    Response slash = client_->get("/20160918/volumeAttachments/?compartmentId=" + demo_);
+    ASSERT_EQ(plain.status, 200);
+    ASSERT_EQ(slash.status, 200);
+    EXPECT_EQ(plain.array().size(), slash.array().size());
+    EXPECT_EQ(client_->get("/n/").status, 200);
+    EXPECT_EQ(client_->get("/n").body, client_->get("/n/").body);
+}
+
+TEST_F(PagingTest, MissingCompartmentIs400MissingParameter) {
+    Response r = client_->get("/20160918/instances");
+    EXPECT_EQ(r.status, 400);
+    EXPECT_EQ(ocwemu::JStr(r.object(), "code"), "MissingParameter");
+}
+
+TEST_F(PagingTest, SearchPagesWithNextAndPreviousTokens) {
+    const std::string body = ocwemu::ToJson(JObject{{"type", "Structured"}, {"query", "query all resources"}});
+    Response first = client_->send("POST", "/20180409/resources?limit=5", body);
+    ASSERT_EQ(first.status, 200) << first.body;
+    EXPECT_EQ(first.object()["items"].as_array().size(), 5u);
+    const std::string next = first.header("opc-next-page");
+    ASSERT_FALSE(next.empty());
+    Response second = client_->send("POST", "/20180409/resources?limit=5&page=" + UrlEncode(next), body);
+    ASSERT_EQ(second.status, 200);
+    EXPECT_FALSE(second.header("opc-previous-page").empty());
+}
+
+TEST_F(PagingTest, SearchFindsTheSubnetsOfOneVcn) {
+    Response vcns = client_->send("POST", "/20180409/resources",
+                                  ocwemu::ToJson(JObject{{"type", "Structured"}, {"query", "query Vcn resources"}}));
+    ASSERT_EQ(vcns.status, 200);
+    JArray items = vcns.object()["items"].as_array();
+    ASSERT_EQ(items.size(), 1u);  // the home region's VCN only
+    const std::string vcnId = ocwemu::JStr(items[0].as_object(), "identifier");
+    EXPECT_EQ(ocwemu::JStr(items[0].as_object(), "resourceType"), "Vcn");
+    Response subnets = client_->send(
+        "POST", "/20180409/resources",
+        ocwemu::ToJson(JObject{{"type", "Structured"}, {"query", "query Subnet resources where vcnId = '" + vcnId + "'"}}));
+    ASSERT_EQ(subnets.status, 200);
+    EXPECT_EQ(subnets.object()["items"].as_array().size(), 2u);
+    Response bad = client_->send("POST", "/20180409/resources",
+                                 ocwemu::ToJson(JObject{{"type", "Structured"}, {"query", "select everything"}}));
+    EXPECT_EQ(bad.status, 400);
+}
+
+}  // namespace
+}  // namespace emutest

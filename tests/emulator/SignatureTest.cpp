@@ -1,0 +1,173 @@
+// The emulator accepts requests signed as OCI clients sign them and refuses
+// every other request with 401 NotAuthenticated, counting the reason.
+#include "EmuTestClient.h"
+
+#include <gtest/gtest.h>
+
+namespace emutest {
+namespace {
+
+class SignatureTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        client_ = std::make_unique<Client>(SharedEmulator().info());
+        ASSERT_EQ(client_->admin("POST", "reset").status, 200);
+        tenancyPath_ = "/20160918/tenancies/" + client_->info().tenancy;
+    }
+    // The 401 and the rejection reason the admin statistics recorded for it.
+    void ExpectRejected(const Response& r, const std::string& reason) {
+        EXPECT_EQ(r.status, 401) << r.body;
+        EXPECT_EQ(ocwemu::JStr(r.object(), "code"), "NotAuthenticated");
+        EXPECT_FALSE(r.header("opc-request-id").empty());
+        JObject stats = client_->admin("GET", "stats").object();
+        const JObject& byReason = stats["signatureRejections"].as_object()["byReason"].as_object();
+        EXPECT_TRUE(byReason.contains(reason)) << ocwemu::ToJson(stats);
+    }
+    std::unique_ptr<Client> client_;
+    std::string tenancyPath_;
+};
+
+TEST_F(SignatureTest, AcceptsTheLibrarysDefaultSignature) {
+    Response r = client_->get(tenancyPath_);
+    ASSERT_EQ(r.status, 200) << r.body;
+    EXPECT_EQ(ocwemu::JStr(r.object(), "id"), client_->info().tenancy);
+}
+
+TEST_F(SignatureTest, AcceptsTheTypeScriptSdkOrderWithXDateAndMixedCaseNames) {
+    SignOptions o;
+    o.useXDate = true;
+    o.version = "-";  // placed first by that SDK, optional for the service
+    o.headers = {"x-date", "(request-target)", "host", "Content-Type", "Content-Length", "x-content-sha256"};
+    Response r = client_->post("/20160918/compartments",
+                               JObject{{"compartmentId", client_->info().tenancy}, {"name", "ts-order"},
+                                       {"description", "signed like the TypeScript SDK"}},
+                               o);
+    EXPECT_EQ(r.status, 200) << r.body;
+}
+
+TEST_F(SignatureTest, AcceptsAnyHostNameAndUsesItsRegion) {
+    SignOptions o;
+    o.host = "identity.us-ashburn-1.oci.oraclecloud.com";
+    Response r = client_->get("/20160918/availabilityDomains?compartmentId=" + client_->info().tenancy, o);
+    ASSERT_EQ(r.status, 200) << r.body;
+    EXPECT_EQ(ocwemu::JStr(r.array().at(0).as_object(), "name").find("US-ASHBURN-AD-1") != std::string::npos, true);
+}
+
+TEST_F(SignatureTest, RejectsMissingAuthorization) {
+    SignOptions o;
+    o.sign = false;
+    ExpectRejected(client_->get(tenancyPath_, o), "missing_authorization");
+}
+
+TEST_F(SignatureTest, RejectsAnUnknownKey) {
+    std::string priv, pub;
+    NewKeyPair(priv, pub);
+    SignOptions o;
+    o.keyPem = priv;  // signed with a key the emulator never saw, under the real keyId
+    ExpectRejected(client_->get(tenancyPath_, o), "bad_signature");
+    SignOptions other;
+    other.keyId = client_->info().tenancy + "/" + client_->info().user + "/00:11:22:33:44:55:66:77:88:99:aa:bb:cc:dd:ee:ff";
+    ExpectRejected(client_->get(tenancyPath_, other), "unknown_key");
+}
+
+TEST_F(SignatureTest, RejectsACorruptSignature) {
+    SignOptions o;
+    o.corruptSignature = true;
+    ExpectRejected(client_->get(tenancyPath_, o), "bad_signature");
+}
+
+TEST_F(SignatureTest, RejectsOtherAlgorithmsAndVersions) {
+    SignOptions alg;
+    alg.algorithm = "hmac-sha256";
+    ExpectRejected(client_->get(tenancyPath_, alg), "bad_algorithm");
+    SignOptions ver;
+    ver.version = "2";
+    ExpectRejected(client_->get(tenancyPath_, ver), "bad_version");
+}
+
+TEST_F(SignatureTest, RejectsADateOffByMoreThanFiveMinutesEitherWay) {
+    SignOptions late;
+    late.dateOffsetSeconds = -301;
+    ExpectRejected(client_->get(tenancyPath_, late), "stale_date");
+    SignOptions early;
+    early.dateOffsetSeconds = 400;
+    ExpectRejected(client_->get(tenancyPath_, early), "stale_date");
+    SignOptions near;
+    near.dateOffsetSeconds = -200;
+    EXPECT_EQ(client_->get(tenancyPath_, near).status, 200);
+}
+
+TEST_F(SignatureTest, RejectsWhenARequiredHeaderIsNotSigned) {
+    SignOptions noHost;
+    noHost.headers = {"date", "(request-target)"};
+    ExpectRejected(client_->get(tenancyPath_, noHost), "missing_signed_header");
+    SignOptions noTarget;
+    noTarget.headers = {"date", "host"};
+    ExpectRejected(client_->get(tenancyPath_, noTarget), "missing_signed_header");
+}
+
+TEST_F(SignatureTest, RejectsAPostWithoutBodyHeadersSigned) {
+    SignOptions o;
+    o.headers = {"date", "(request-target)", "host"};
+    ExpectRejected(client_->post("/20160918/compartments", JObject{{"name", "x"}}, o), "missing_signed_header");
+    SignOptions noSha;
+    noSha.headers = {"date", "(request-target)", "host", "content-length", "content-type"};
+    ExpectRejected(client_->post("/20160918/compartments", JObject{{"name", "x"}}, noSha), "missing_signed_header");
+}
+
+TEST_F(SignatureTest, RejectsABodyThatDoesNotMatchItsDigest) {
+    SignOptions o;
+    o.contentSha256 = Sha256Base64("{\"something\":\"else\"}");
+    ExpectRejected(client_->post("/20160918/compartments", JObject{{"name", "x"}}, o), "body_hash_mismatch");
+}
+
+TEST_F(SignatureTest, RejectsASignedHeaderThatWasNotSent) {
+    SignOptions o;
+    o.headers = {"date", "(request-target)", "host", "opc-retry-token"};
+    ExpectRejected(client_->get(tenancyPath_, o), "missing_header");
+}
+
+TEST_F(SignatureTest, RejectsARequestTargetOtherThanTheOneSent) {
+    // The query is part of the signed target, exactly as sent.
+    SignOptions o;
+    o.signedTarget = tenancyPath_ + "?a=1";
+    ExpectRejected(client_->get(tenancyPath_ + "?a=2", o), "bad_signature");
+    EXPECT_EQ(client_->get(tenancyPath_ + "?a=2").status, 200);
+}
+
+TEST_F(SignatureTest, ObjectUploadsNeedNoBodyHeaders) {
+    const std::string ns = client_->info().namespaceName;
+    SignOptions o;
+    o.headers = {"date", "(request-target)", "host"};
+    o.contentType = "application/octet-stream";
+    Response put = client_->send("PUT", "/n/" + ns + "/b/ocw-demo-bucket/o/unsigned-body.bin", "raw bytes", o);
+    EXPECT_EQ(put.status, 200) << put.body;
+    EXPECT_FALSE(put.header("opc-content-md5").empty());
+    Response get = client_->get("/n/" + ns + "/b/ocw-demo-bucket/o/unsigned-body.bin");
+    EXPECT_EQ(get.body, "raw bytes");
+}
+
+TEST_F(SignatureTest, ObjectStorageUsesItsShorterMessage) {
+    SignOptions o;
+    o.sign = false;
+    Response r = client_->get("/n/", o);
+    EXPECT_EQ(r.status, 401);
+    EXPECT_EQ(ocwemu::JStr(r.object(), "message"), "The required information to complete authentication was not provided.");
+}
+
+TEST_F(SignatureTest, AKeyRegisteredThroughTheAdminInterfaceIsAccepted) {
+    std::string priv, pub;
+    NewKeyPair(priv, pub);
+    Response reg = client_->admin("POST", "keys", ocwemu::ToJson(JObject{{"publicKey", pub}}));
+    ASSERT_EQ(reg.status, 200) << reg.body;
+    SignOptions o;
+    o.keyPem = priv;
+    o.keyId = ocwemu::JStr(reg.object(), "keyId");
+    EXPECT_EQ(client_->get(tenancyPath_, o).status, 200);
+    // A reset forgets it again.
+    ASSERT_EQ(client_->admin("POST", "reset").status, 200);
+    EXPECT_EQ(client_->get(tenancyPath_, o).status, 401);
+}
+
+}  // namespace
+}  // namespace emutest
