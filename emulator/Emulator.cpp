@@ -227,6 +227,7 @@ bool Emulator::start() {
         };
         const EmulatorOptions opts = options_;
         hooks.reseed = [p, opts](const std::string& seed, std::string& error) {
+            if (p->pipeline) p->pipeline->clearRetryTokens();
             return p->oci->seed(seed.empty() ? opts.seed : seed, opts.compartments, opts.instances, NowMs(), error);
         };
         hooks.resetKeysAndLimits = [p] {

@@ -67,8 +67,20 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
         } else {
             try {
                 std::lock_guard<std::mutex> lock(store_.mutex());
-                (*m.handler)(req, res);
-            } catch (const std::exception& e) {
+                const std::string retryKey = req.method == "POST" && req.hasHeader("opc-retry-token")
+                                                 ? req.header("opc-retry-token") + " " + req.target
+                                                 : std::string();
+                auto seen = retryKey.empty() ? retryAnswers_.end() : retryAnswers_.find(retryKey);
+                if (seen != retryAnswers_.end()) {
+                    res = seen->second;
+                } else {
+                    (*m.handler)(req, res);
+                    if (!retryKey.empty() && res.status >= 200 && res.status < 300) {
+                        if (retryAnswers_.size() >= 10000) retryAnswers_.clear();
+                        retryAnswers_[retryKey] = res;
+                    }
+                }
+            } catch (const std::exception&) {
                 res = ApiResponse{};
                 res.error(500, "InternalServerError", "Internal error occurred.");
             }

@@ -10,6 +10,7 @@
 #include "common/Store.h"
 
 #include <functional>
+#include <map>
 #include <string>
 
 namespace ocwemu {
@@ -29,6 +30,10 @@ public:
 
     void handle(ApiRequest& req, ApiResponse& res);
 
+    // Forgets the answers remembered for opc-retry-token (on reset). Call
+    // with the store lock held.
+    void clearRetryTokens() { retryAnswers_.clear(); }
+
 private:
     void handleAdmin(ApiRequest& req, ApiResponse& res);
     Router& routes_;
@@ -39,6 +44,9 @@ private:
     FaultRules& faults_;
     Authenticator auth_;
     RegionResolver region_;
+    // A POST repeated with the same opc-retry-token gets the first answer
+    // again instead of acting twice. Guarded by the store lock.
+    std::map<std::string, ApiResponse> retryAnswers_;
 };
 
 // True for 127.0.0.0/8 and ::1 (also in IPv4-mapped form).

@@ -266,3 +266,47 @@ TEST_F(LifecycleTest, UnknownPathsAndIdsAre404NotAuthorizedOrNotFound) {
 
 }  // namespace
 }  // namespace emutest
+
+namespace emutest {
+namespace {
+
+TEST_F(LifecycleTest, ARepeatedRetryTokenReturnsTheFirstAnswerInsteadOfActingTwice) {
+    SignOptions o;
+    o.extraHeaders = {{"opc-retry-token", "token-one"}};
+    const JObject body{{"compartmentId", demo_}, {"availabilityDomain", ad_}, {"displayName", "once"}, {"sizeInGBs", 50}};
+    Response first = c_->post("/20160918/volumes", body, o);
+    Response again = c_->post("/20160918/volumes", body, o);
+    ASSERT_EQ(first.status, 200);
+    EXPECT_EQ(JStr(again.object(), "id"), JStr(first.object(), "id"));
+    size_t named = 0;
+    for (const auto& v : c_->listAll("/20160918/volumes?compartmentId=" + demo_))
+        named += JStr(v.as_object(), "displayName") == "once";
+    EXPECT_EQ(named, 1u);
+}
+
+TEST_F(LifecycleTest, WindowsInstancesHaveInitialCredentialsOthersDoNot) {
+    std::string windows;
+    for (const auto& img : c_->listAll("/20160918/images?compartmentId=" + demo_ + "&operatingSystem=Windows"))
+        windows = JStr(img.as_object(), "id");
+    ASSERT_FALSE(windows.empty());
+    const std::string win = launch(JObject{{"sourceDetails", JObject{{"sourceType", "image"}, {"imageId", windows}}}});
+    Response creds = c_->get("/20160918/instances/" + win + "/initialCredentials");
+    ASSERT_EQ(creds.status, 200);
+    EXPECT_EQ(JStr(creds.object(), "username"), "opc");
+    EXPECT_GE(JStr(creds.object(), "password").size(), 12u);
+    EXPECT_EQ(c_->get("/20160918/instances/" + launch() + "/initialCredentials").status, 404);
+}
+
+TEST_F(LifecycleTest, AnotherRegionSeesOnlyItsOwnResources) {
+    SignOptions ashburn;
+    ashburn.host = "iaas.us-ashburn-1.oraclecloud.com";
+    JArray there = c_->get("/20160918/instances?compartmentId=" + demo_, ashburn).array();
+    ASSERT_EQ(there.size(), 1u);
+    EXPECT_EQ(JStr(there[0].as_object(), "region"), "iad");
+    const std::string drId = JStr(there[0].as_object(), "id");
+    EXPECT_EQ(c_->get("/20160918/instances/" + drId).status, 404) << "not visible from the home region";
+    EXPECT_EQ(c_->get("/20160918/instances/" + drId, ashburn).status, 200);
+}
+
+}  // namespace
+}  // namespace emutest
