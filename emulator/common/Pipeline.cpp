@@ -100,7 +100,7 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
     entry.headers.assign(req.headers.begin(), req.headers.end());
     entry.body = req.body;
     entry.status = res.transportFault == "close" ? 0 : res.status;
-    entry.responseBody = res.body.substr(0, RequestLog::kMaxResponseBody);
+    entry.responseBody = res.body.substr(0, RequestLog::kMaxResponseBody + 1);
     log_.add(std::move(entry));
 }
 

@@ -4,7 +4,41 @@
 
 namespace ocwemu {
 
+static bool MaskValue(JValue& v) {
+    static const char* const kSecret[] = {"adminPassword", "password", "cloudStoragePwd", "administrator_password",
+                                          "ibkupCloudStoragePassword", "chapSecret"};
+    bool changed = false;
+    if (v.is_object()) {
+        for (auto& kv : v.as_object()) {
+            bool secret = false;
+            for (const char* k : kSecret) secret |= kv.key() == k;
+            if (secret && kv.value().is_string()) {
+                kv.value() = "*****";
+                changed = true;
+            } else {
+                changed |= MaskValue(kv.value());
+            }
+        }
+    } else if (v.is_array()) {
+        for (auto& e : v.as_array()) changed |= MaskValue(e);
+    }
+    return changed;
+}
+
+std::string MaskSecrets(const std::string& body) {
+    const bool maybeSecret = body.find("ass") != std::string::npos || body.find("Pwd") != std::string::npos ||
+                             body.find("chapSecret") != std::string::npos;
+    if (body.empty() || (body[0] != '{' && body[0] != '[') || !maybeSecret) return body;
+    boost::system::error_code ec;
+    JValue v = boost::json::parse(body, ec);
+    if (ec || !MaskValue(v)) return body;
+    return ToJson(v);
+}
+
 void RequestLog::add(LoggedRequest entry) {
+    entry.body = MaskSecrets(entry.body);
+    // Large answers are lists without secrets; parsing them would only cost time.
+    if (entry.responseBody.size() <= kMaxResponseBody) entry.responseBody = MaskSecrets(entry.responseBody);
     if (entry.body.size() > kMaxBody) {
         entry.body.resize(kMaxBody);
         entry.bodyTruncated = true;

@@ -21,13 +21,17 @@ struct LoggedRequest {
     std::string host;
     std::string pattern;
     std::vector<std::pair<std::string, std::string>> headers;
-    std::string body;          // capped at kMaxBody bytes
+    std::string body;          // capped at kMaxBody bytes, secrets masked
     bool bodyTruncated = false;
     int status = 0;
-    std::string responseBody;  // capped at kMaxResponseBody bytes
+    std::string responseBody;  // capped at kMaxResponseBody bytes, secrets masked
     std::string rejection;     // signature rejection reason, if any
     std::string fault;         // id of the fault rule applied, if any
 };
+
+// The JSON text with the values of secret members ("adminPassword",
+// "password", ...) replaced by "*****"; other text unchanged.
+std::string MaskSecrets(const std::string& body);
 
 class RequestLog {
 public:

@@ -161,3 +161,20 @@ TEST_F(FaultAdminTest, AdminRequestsAreNotCountedAndNeedNoSignature) {
 
 }  // namespace
 }  // namespace emutest
+
+namespace emutest {
+namespace {
+
+TEST_F(FaultAdminTest, RequestLogMasksPasswordsInBodies) {
+    const std::string dbc = c_->compartment("ocw-demo-db");
+    c_->post("/20160918/dbSystems", JObject{{"compartmentId", dbc},
+                                           {"dbHome", JObject{{"database", JObject{{"adminPassword", "Sup3r#Secret"}}}}}});
+    JArray last = c_->admin("GET", "requests?last=1").array();
+    ASSERT_EQ(last.size(), 1u);
+    const std::string body = JStr(last[0].as_object(), "body");
+    EXPECT_EQ(body.find("Sup3r#Secret"), std::string::npos);
+    EXPECT_NE(body.find("\"adminPassword\":\"*****\""), std::string::npos) << body;
+}
+
+}  // namespace
+}  // namespace emutest
