@@ -1,5 +1,6 @@
 #include "Progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -62,8 +63,19 @@ void Progress::finish() {
 }
 
 void Progress::draw() {
-    std::fprintf(stderr, "\r\033[K[%6.1fs] %s%s%s", elapsedSeconds(), label_.c_str(), state_.empty() ? "" : ": ",
-                 state_.c_str());
+    char head[32];
+    std::snprintf(head, sizeof head, "[%6.1fs] ", elapsedSeconds());
+    // The state matters more than the end of a long label: cut the label so
+    // that the line never wraps (a wrapped line cannot be redrawn in place).
+    const std::string tail = state_.empty() ? std::string() : ": " + state_;
+    std::string label = label_;
+    winsize size{};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        const size_t room = size.ws_col - 1;
+        const size_t fixed = std::string(head).size() + tail.size();
+        if (fixed + label.size() > room) label = fixed + 4 < room ? label.substr(0, room - fixed - 3) + "..." : "";
+    }
+    std::fprintf(stderr, "\r\033[K%s%s%s", head, label.c_str(), tail.c_str());
     std::fflush(stderr);
 }
 
