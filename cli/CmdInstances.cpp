@@ -56,6 +56,10 @@ void RunLaunch(Session& s, const LaunchOptions& o) {
     if (o.image.empty() == o.bootVolume.empty()) {
         throw CliError(kExitUsage, "instances launch needs exactly one of --image and --boot-volume");
     }
+    // A launch from a boot volume always asks for a network interface.
+    if (!o.bootVolume.empty() && o.subnet.empty()) {
+        throw CliError(kExitUsage, "instances launch --boot-volume needs --subnet");
+    }
     oci::SVMInfoLib vm;
     vm.vmName = o.name;
     vm.shape = o.shape;

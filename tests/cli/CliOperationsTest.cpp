@@ -4,7 +4,18 @@
 namespace ocwtest {
 namespace {
 
-using CliOperations = CliTest;
+class CliOperations : public CliTest {
+protected:
+    std::string PublicSubnet() {
+        const boost::json::value networks = Json(Ocw({"--json", "networks"}));
+        for (const auto& vcn : networks.as_array()) {
+            for (const auto& s : vcn.at("subnets").as_array()) {
+                if (s.at("displayName").as_string() == "ocw-demo-public") return std::string(s.at("id").as_string());
+            }
+        }
+        return std::string();
+    }
+};
 
 std::string Str(const boost::json::value& v, const char* key) {
     const boost::json::value* member = v.is_object() ? v.get_object().if_contains(key) : nullptr;
@@ -112,15 +123,7 @@ TEST_F(CliOperations, ImageImportFromObjectStorageAndLaunchFromIt) {
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(IdOf(Json(r), "displayName", "cli-image"), image) << r.out;
 
-    const std::string subnet = [&] {
-        const boost::json::value networks = Json(Ocw({"--json", "networks"}));
-        for (const auto& vcn : networks.as_array()) {
-            for (const auto& s : vcn.at("subnets").as_array()) {
-                if (s.at("displayName").as_string() == "ocw-demo-public") return std::string(s.at("id").as_string());
-            }
-        }
-        return std::string();
-    }();
+    const std::string subnet = PublicSubnet();
     r = Ocw({"--json", "instances", "launch", "--name", "cli-restored", "--shape", "VM.Standard2.1", "--image", image,
              "-c", compartment, "--subnet", subnet});
     ASSERT_EQ(r.exitCode, 0) << r.err;
@@ -137,6 +140,37 @@ TEST_F(CliOperations, ImageImportFromObjectStorageAndLaunchFromIt) {
     EXPECT_EQ(Ocw({"objects", "delete", "ocw-demo-bucket", "cli/disk.vmdk"}).exitCode, 0);
     // Deleting it again finds nothing.
     EXPECT_EQ(Ocw({"objects", "delete", "ocw-demo-bucket", "cli/disk.vmdk"}).exitCode, 4);
+}
+
+TEST_F(CliOperations, KeptBootVolumeOfATerminatedInstanceBootsANewOne) {
+    const std::string app = IdOf(Json(Ocw({"--json", "instances", "list"})), "displayName", "ocw-app-1");
+    CliResult r = Ocw({"--json", "instances", "show", app});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    std::string boot;
+    const boost::json::value shown = Json(r);
+    const std::string compartment = Str(shown, "compartmentId");
+    for (const auto& v : shown.at("volumes").as_array()) {
+        if (v.at("bootable").as_bool()) boot = std::string(v.at("id").as_string());
+    }
+    ASSERT_FALSE(boot.empty()) << r.out;
+
+    r = Ocw({"instances", "delete", app});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"--json", "volumes", "show", boot});
+    ASSERT_EQ(r.exitCode, 0) << "the boot volume must survive the termination: " << r.err;
+
+    r = Ocw({"instances", "launch", "--name", "cli-reborn", "--shape", "VM.Standard2.1", "--boot-volume", boot});
+    EXPECT_EQ(r.exitCode, 2) << "a boot volume launch without a subnet";
+    r = Ocw({"--json", "instances", "launch", "--name", "cli-reborn", "--shape", "VM.Standard.E4.Flex", "--ocpus", "2",
+             "--memory-gb", "16", "--boot-volume", boot, "-c", compartment, "--subnet", PublicSubnet()});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Ocw({"--json", "instances", "show", Str(Json(r), "id")});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const boost::json::value vm = Json(r);
+    EXPECT_EQ(Str(vm, "lifecycleState"), "RUNNING");
+    EXPECT_EQ(vm.at("ocpus").to_number<int>(), 2);
+    EXPECT_EQ(vm.at("memoryInGBs").to_number<int>(), 16);
+    EXPECT_EQ(IdOf(vm.at("volumes"), "id", boot), boot);
 }
 
 TEST_F(CliOperations, DatabaseBackupsAreListedBackedUpAndDeleted) {
