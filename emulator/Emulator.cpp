@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -54,7 +55,13 @@ std::string EmulatorInfo::toJsonLine() const {
 
 Emulator::Emulator(EmulatorOptions options) : options_(std::move(options)) {}
 
-Emulator::~Emulator() { stop(); }
+Emulator::~Emulator() {
+    stop();
+    if (!tempStateDir_.empty()) {
+        std::error_code ec;
+        std::filesystem::remove_all(tempStateDir_, ec);
+    }
+}
 
 Stats& Emulator::stats() { return impl_->stats; }
 RequestLog& Emulator::requestLog() { return impl_->log; }
@@ -126,6 +133,7 @@ bool Emulator::start() {
             buf.push_back('\0');
             if (!::mkdtemp(buf.data())) throw std::runtime_error("cannot create a temporary state directory");
             dir = buf.data();
+            tempStateDir_ = dir;
         } else if (!MakeDirs(dir)) {
             throw std::runtime_error("cannot create the state directory " + dir);
         }

@@ -36,7 +36,7 @@ namespace ocwemu {
 struct EmulatorOptions {
     std::string listenHost = "127.0.0.1";
     int port = 0;                 // 0: a free port
-    std::string stateDir;         // empty: a new directory under $TMPDIR (or /tmp)
+    std::string stateDir;         // empty: a new directory under $TMPDIR (or /tmp), removed by the destructor
     std::string seed = "demo";    // demo | empty | scale
     int compartments = 20;        // scale seed only
     int instances = 1000;         // scale seed only
@@ -94,6 +94,7 @@ private:
     EmulatorOptions options_;
     EmulatorInfo info_;
     std::string error_;
+    std::string tempStateDir_;  // created by start(), removed by the destructor
     std::unique_ptr<Impl> impl_;
 };
 

@@ -36,15 +36,16 @@ JArray Response::array() const {
 }
 
 ocwemu::Emulator& SharedEmulator() {
-    static ocwemu::Emulator* emu = [] {
+    // Stopped and its temporary state directory removed when the program ends.
+    static ocwemu::Emulator emu([] {
         ocwemu::EmulatorOptions o;
         o.provisionMs = 300;
         o.pageSize = 2;
-        auto* e = new ocwemu::Emulator(o);
-        if (!e->start()) throw std::runtime_error("emulator did not start: " + e->lastError());
-        return e;
-    }();
-    return *emu;
+        return o;
+    }());
+    static const bool started = emu.start();
+    if (!started) throw std::runtime_error("emulator did not start: " + emu.lastError());
+    return emu;
 }
 
 static std::string ReadAll(const std::string& path) {
