@@ -119,7 +119,7 @@ TEST_F(CliExitCodes, CtrlCDuringAWaitExitsWith130AndShowsTheStateReached) {
     std::vector<std::string> stop = base;
     stop.insert(stop.end(), {"instances", "stop", id});
     CliRunOptions options;
-    options.interruptAfterMs = 2500;
+    options.interruptAfterMs = 4000;  // time to connect, ask and see one poll even on a busy machine
     options.timeoutMs = 30000;
     const auto start = std::chrono::steady_clock::now();
     const CliResult r = OcwRaw(stop, options);
