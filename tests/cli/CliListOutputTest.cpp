@@ -89,6 +89,14 @@ TEST_F(CliLists, RegionsMarkSubscribedAndHomeRegions) {
     EXPECT_EQ(subscribed, 2);
 }
 
+TEST_F(CliLists, RegionOptionOverridesTheProfilesRegion) {
+    const CliResult r = Ocw({"--json", "instances", "list", "--region", "us-ashburn-1"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const boost::json::value list = Json(r);
+    ASSERT_EQ(list.as_array().size(), 1u) << r.out;
+    EXPECT_FALSE(IdOf(list, "displayName", "ocw-dr-1").empty());
+}
+
 TEST_F(CliLists, EmptyListPrintsHeaderAndNone) {
     // A compartment without instances: the database compartment.
     const std::string dbCompartment = IdOf(Json(Ocw({"--json", "compartments"})), "name", "ocw-demo-db");
