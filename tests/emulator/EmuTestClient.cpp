@@ -105,6 +105,7 @@ Client::Client(const ocwemu::EmulatorInfo& info, std::string passPhrase)
     http_->enable_server_certificate_verification(true);
     http_->set_read_timeout(20, 0);
     http_->set_keep_alive(true);
+    http_->set_url_encode(false);  // send targets exactly as signed
 }
 
 static std::string Lower(std::string s) {
