@@ -106,9 +106,8 @@ TEST_F(CliExitCodes, AgentConfigurationComesFromOCW_CONFIGByDefault) {
 
 TEST_F(CliExitCodes, CtrlCDuringAWaitExitsWith130AndShowsTheStateReached) {
     // Transitions that take a minute keep the stop waiting.
-    ocwemu::EmulatorOptions slowOptions;
-    slowOptions.provisionMs = 60000;
-    ocwemu::Emulator slow(slowOptions);
+    TempDir slowState;
+    ocwemu::Emulator slow(TestEmulatorOptions(slowState, 60000));
     ASSERT_TRUE(slow.start()) << slow.lastError();
     const std::vector<std::string> base{"--config-file", slow.info().ociConfig, "--ini", slow.info().ini};
     std::vector<std::string> list = base;

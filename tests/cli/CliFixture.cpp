@@ -3,14 +3,21 @@
 namespace ocwtest {
 
 std::unique_ptr<ocwemu::Emulator> CliTest::emulator_;
+std::unique_ptr<TempDir> CliTest::stateDir_;
+
+ocwemu::EmulatorOptions TestEmulatorOptions(TempDir& stateDir, long long provisionMs) {
+    ocwemu::EmulatorOptions options;
+    options.provisionMs = provisionMs;
+    options.stateDir = stateDir.path();
+    return options;
+}
 
 const char* const kSeededInstances[4] = {"ocw-web-1", "ocw-web-2", "ocw-win-1", "ocw-app-1"};
 
 void CliTest::SetUpTestSuite() {
     if (emulator_) return;
-    ocwemu::EmulatorOptions options;
-    options.provisionMs = 100;
-    emulator_ = std::make_unique<ocwemu::Emulator>(options);
+    stateDir_ = std::make_unique<TempDir>();
+    emulator_ = std::make_unique<ocwemu::Emulator>(TestEmulatorOptions(*stateDir_));
     if (!emulator_->start()) {
         ADD_FAILURE() << "the emulator did not start: " << emulator_->lastError();
     }
@@ -19,6 +26,7 @@ void CliTest::SetUpTestSuite() {
 void CliTest::TearDownTestSuite() {
     if (emulator_) emulator_->stop();
     emulator_.reset();
+    stateDir_.reset();
 }
 
 void CliTest::SetUp() { ASSERT_TRUE(emulator_ && !emulator_->info().endpoint.empty()) << "no emulator"; }

@@ -40,7 +40,12 @@ protected:
 
 private:
     static std::unique_ptr<ocwemu::Emulator> emulator_;
+    static std::unique_ptr<TempDir> stateDir_;
 };
+
+// Emulator options for tests: quick transitions and a state directory that
+// the returned TempDir removes (the emulator keeps a directory it was given).
+ocwemu::EmulatorOptions TestEmulatorOptions(TempDir& stateDir, long long provisionMs = 100);
 
 // Seeded names of the demo tenancy.
 extern const char* const kSeededInstances[4];

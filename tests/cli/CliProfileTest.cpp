@@ -11,14 +11,15 @@ class CliProfiles : public CliTest {
 protected:
     static void SetUpTestSuite() {
         CliTest::SetUpTestSuite();
-        ocwemu::EmulatorOptions options;
-        options.provisionMs = 100;
+        lockedState_ = std::make_unique<TempDir>();
+        ocwemu::EmulatorOptions options = TestEmulatorOptions(*lockedState_);
         options.passPhrase = kPassPhrase;
         locked_ = std::make_unique<ocwemu::Emulator>(options);
         if (!locked_->start()) ADD_FAILURE() << locked_->lastError();
     }
     static void TearDownTestSuite() {
         locked_.reset();
+        lockedState_.reset();
         CliTest::TearDownTestSuite();
     }
 
@@ -48,9 +49,11 @@ protected:
     }
 
     static std::unique_ptr<ocwemu::Emulator> locked_;
+    static std::unique_ptr<TempDir> lockedState_;
 };
 
 std::unique_ptr<ocwemu::Emulator> CliProfiles::locked_;
+std::unique_ptr<TempDir> CliProfiles::lockedState_;
 
 TEST_F(CliProfiles, ProfileInheritsDefaultAndUnlocksItsKeyWithThePassPhrase) {
     const std::string config = WriteConfig();
