@@ -184,7 +184,20 @@ private:
                 s_.call("detach " + restored_, [&](COracleCloudWrapper& c) { return c.DetachVolume(restored_, helper_.guid); });
                 return std::string("DETACHED");
             });
-            std::string where = helper_.vmName;
+            // The proxy must see the volume, as large as the one backed up.
+            SVMInfoLib proxy;
+            s_.call("read instance " + helper_.vmName,
+                    [&](COracleCloudWrapper& c) { return c.GetVMInfo("", helper_.guid, proxy, kDisksAndNetwork, ""); });
+            const SDiskInfoLib* seen = nullptr;
+            for (const SDiskInfoLib& d : proxy.disks) {
+                if (d.guid == restored_) seen = &d;
+            }
+            if (seen == nullptr) throw CliError(kExitFailure, helper_.vmName + " does not list the attached volume");
+            if (seen->sizeBytes != block_.sizeBytes) {
+                throw CliError(kExitFailure, "the restored volume has " + Gb(seen->sizeBytes) + ", the original " +
+                                                 Gb(block_.sizeBytes));
+            }
+            std::string where = helper_.vmName + " sees " + Gb(seen->sizeBytes);
             if (!attachment.iscsiIpv4.empty()) {
                 where += ", iSCSI " + attachment.iscsiIpv4 + ":" + attachment.iscsiPort + " " + attachment.iscsiIqn;
             }
