@@ -12,24 +12,25 @@ void DatabaseService::registerRoutes(Router& r) {
     auto bind = [this](void (DatabaseService::*fn)(ApiRequest&, ApiResponse&)) {
         return [this, fn](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s); };
     };
-    for (const std::string v : {"/20160918", ""}) {
-        r.add("GET", v + "/dbSystems", bind(&DatabaseService::listDbSystems));
-        r.add("POST", v + "/dbSystems", bind(&DatabaseService::launchDbSystem));
-        r.add("GET", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::getDbSystem));
-        r.add("DELETE", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::terminateDbSystem));
-        r.add("GET", v + "/dbHomes", bind(&DatabaseService::listDbHomes));
-        r.add("GET", v + "/dbHomes/{dbHomeId}", bind(&DatabaseService::getDbHome));
-        r.add("GET", v + "/databases", bind(&DatabaseService::listDatabases));
-        r.add("GET", v + "/databases/{databaseId}", bind(&DatabaseService::getDatabase));
-        r.add("POST", v + "/databases/{databaseId}/actions/restore", bind(&DatabaseService::restoreDatabase));
-        r.add("GET", v + "/backups", bind(&DatabaseService::listBackups));
-        r.add("POST", v + "/backups", bind(&DatabaseService::createBackup));
-        r.add("GET", v + "/backups/{backupId}", bind(&DatabaseService::getBackup));
-        r.add("DELETE", v + "/backups/{backupId}", bind(&DatabaseService::deleteBackup));
-        r.add("GET", v + "/dbNodes", bind(&DatabaseService::listDbNodes));
-        r.add("GET", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::getDbNode));
-        r.add("POST", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::dbNodeAction));
-    }
+    // Only the versioned paths: the service answers "/dbNodes" and
+    // "/dbSystems/{id}" without "/20160918" as unknown paths.
+    const std::string v = "/20160918";
+    r.add("GET", v + "/dbSystems", bind(&DatabaseService::listDbSystems));
+    r.add("POST", v + "/dbSystems", bind(&DatabaseService::launchDbSystem));
+    r.add("GET", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::getDbSystem));
+    r.add("DELETE", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::terminateDbSystem));
+    r.add("GET", v + "/dbHomes", bind(&DatabaseService::listDbHomes));
+    r.add("GET", v + "/dbHomes/{dbHomeId}", bind(&DatabaseService::getDbHome));
+    r.add("GET", v + "/databases", bind(&DatabaseService::listDatabases));
+    r.add("GET", v + "/databases/{databaseId}", bind(&DatabaseService::getDatabase));
+    r.add("POST", v + "/databases/{databaseId}/actions/restore", bind(&DatabaseService::restoreDatabase));
+    r.add("GET", v + "/backups", bind(&DatabaseService::listBackups));
+    r.add("POST", v + "/backups", bind(&DatabaseService::createBackup));
+    r.add("GET", v + "/backups/{backupId}", bind(&DatabaseService::getBackup));
+    r.add("DELETE", v + "/backups/{backupId}", bind(&DatabaseService::deleteBackup));
+    r.add("GET", v + "/dbNodes", bind(&DatabaseService::listDbNodes));
+    r.add("GET", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::getDbNode));
+    r.add("POST", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::dbNodeAction));
 }
 
 static bool ValidEdition(const std::string& e) {

@@ -1,9 +1,7 @@
 #pragma once
 // Database service: DB systems (with their DB home, database and nodes),
-// DB homes, databases, database backups, restores and node actions.
-//
-// The library reaches "/dbNodes" and "/dbSystems/{id}" without the version
-// prefix; every database path is therefore served with and without it.
+// DB homes, databases, database backups, restores and node actions, all
+// under "/20160918" only, as the service serves them.
 #include "oci/OciService.h"
 
 namespace ocwemu {

@@ -242,8 +242,10 @@ TEST_F(LifecycleTest, DatabaseBackupAndRestoreMoveTheDatabaseThroughItsStates) {
     ASSERT_EQ(r.status, 200) << r.body;
     EXPECT_EQ(JStr(r.object(), "lifecycleState"), "UPDATING");
     EXPECT_EQ(waitFor("/20160918/databases/" + db, "AVAILABLE"), "AVAILABLE");
-    // The library reaches DB nodes without the version prefix.
-    EXPECT_EQ(c_->get("/dbNodes?compartmentId=" + dbc + "&dbSystemId=" + JStr(dbs[0].as_object(), "dbSystemId")).array().size(), 1u);
+    EXPECT_EQ(c_->get("/20160918/dbNodes?compartmentId=" + dbc + "&dbSystemId=" + JStr(dbs[0].as_object(), "dbSystemId"))
+                  .array()
+                  .size(),
+              1u);
 }
 
 TEST_F(LifecycleTest, MalformedJsonIs400AndNeverACrash) {

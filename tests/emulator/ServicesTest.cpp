@@ -180,11 +180,45 @@ TEST_F(ServicesTest, TerminatingADbSystemTerminatesItsParts) {
     JArray systems = c_->listAll("/20160918/dbSystems?compartmentId=" + dbc);
     ASSERT_EQ(systems.size(), 1u);
     const std::string sys = JStr(systems[0].as_object(), "id");
-    ASSERT_EQ(c_->send("DELETE", "/dbSystems/" + sys).status, 204);
-    EXPECT_EQ(waitFor("/dbSystems/" + sys, "TERMINATED"), "TERMINATED");
+    ASSERT_EQ(c_->send("DELETE", "/20160918/dbSystems/" + sys).status, 204);
+    EXPECT_EQ(waitFor("/20160918/dbSystems/" + sys, "TERMINATED"), "TERMINATED");
     for (const char* kind : {"dbHomes", "databases", "dbNodes"})
         for (const auto& r : c_->listAll(std::string("/20160918/") + kind + "?compartmentId=" + dbc))
             EXPECT_EQ(JStr(r.as_object(), "lifecycleState"), "TERMINATED") << kind;
+}
+
+TEST_F(ServicesTest, DatabasePathsWithoutTheVersionAreUnknownPaths) {
+    const std::string dbc = c_->compartment("ocw-demo-db");
+    JArray systems = c_->listAll("/20160918/dbSystems?compartmentId=" + dbc);
+    ASSERT_EQ(systems.size(), 1u);
+    const std::string sys = JStr(systems[0].as_object(), "id");
+    JArray nodes = c_->listAll("/20160918/dbNodes?compartmentId=" + dbc + "&dbSystemId=" + sys);
+    ASSERT_EQ(nodes.size(), 1u);
+    const std::string node = JStr(nodes[0].as_object(), "id");
+
+    const Response unknown = c_->get("/20160918/nonsense");
+    ASSERT_EQ(unknown.status, 404);
+    const JObject unknownBody = unknown.object();
+    const std::vector<std::pair<std::string, std::string>> unversioned{
+        {"GET", "/dbSystems/" + sys},
+        {"GET", "/dbSystems?compartmentId=" + dbc},
+        {"GET", "/dbNodes?compartmentId=" + dbc + "&dbSystemId=" + sys},
+        {"GET", "/dbNodes/" + node},
+        {"GET", "/databases?compartmentId=" + dbc},
+        {"POST", "/dbNodes/" + node + "?action=STOP"},
+        {"DELETE", "/dbSystems/" + sys},
+    };
+    for (const auto& call : unversioned) {
+        const Response r = c_->send(call.first, call.second);
+        EXPECT_EQ(r.status, 404) << call.first << " " << call.second;
+        EXPECT_EQ(r.object(), unknownBody) << call.first << " " << call.second;
+        EXPECT_FALSE(r.header("opc-request-id").empty());
+    }
+    // Nothing above reached the database service.
+    EXPECT_EQ(JStr(c_->get("/20160918/dbSystems/" + sys).object(), "lifecycleState"), "AVAILABLE");
+    EXPECT_EQ(JStr(c_->get("/20160918/dbNodes/" + node).object(), "lifecycleState"), "AVAILABLE");
+    JObject stats = c_->admin("GET", "stats").object();
+    EXPECT_EQ(stats["byPattern"].as_object()["unmatched"], JValue(unversioned.size() + 1)) << ocwemu::ToJson(stats);
 }
 
 TEST_F(ServicesTest, FreeTextSearchMatchesDisplayNames) {
