@@ -201,7 +201,9 @@ Resource& BlockStorageService::seedVolumeBackup(const Resource& volume, const st
 // --- volumes and boot volumes ------------------------------------------------
 
 void BlockStorageService::listVolumes(ApiRequest& req, ApiResponse& res) {
-    auto items = listIn(req, "volume", req.param("compartmentId"));
+    std::string c;
+    if (!optionalCompartment(req, res, c)) return;
+    auto items = listIn(req, "volume", c);
     filterByParams(req, items, {"availabilityDomain", "displayName", "volumeGroupId"});
     respondList(req, res, std::move(items));
 }
@@ -211,7 +213,9 @@ void BlockStorageService::getVolume(ApiRequest& req, ApiResponse& res) {
 }
 
 void BlockStorageService::listBootVolumes(ApiRequest& req, ApiResponse& res) {
-    auto items = listIn(req, "bootvolume", req.param("compartmentId"));
+    std::string c;
+    if (!optionalCompartment(req, res, c)) return;
+    auto items = listIn(req, "bootvolume", c);
     filterByParams(req, items, {"availabilityDomain", "volumeGroupId"});
     respondList(req, res, std::move(items));
 }
@@ -334,7 +338,7 @@ void BlockStorageService::deleteBootVolume(ApiRequest& req, ApiResponse& res) { 
 
 void BlockStorageService::listVolumeAttachments(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "volumeattachment", c);
     filterByParams(req, items, {"availabilityDomain", "instanceId", "volumeId"});
     respondList(req, res, std::move(items));
@@ -391,7 +395,7 @@ void BlockStorageService::detachVolume(ApiRequest& req, ApiResponse& res) {
 
 void BlockStorageService::listBootVolumeAttachments(ApiRequest& req, ApiResponse& res) {
     std::string ad, c;
-    if (!requireParam(req, res, "availabilityDomain", ad) || !requireParam(req, res, "compartmentId", c)) return;
+    if (!requireParam(req, res, "availabilityDomain", ad) || !requireCompartment(req, res, c)) return;
     auto items = listIn(req, "bootvolumeattachment", c);
     filterByParams(req, items, {"availabilityDomain", "instanceId", "bootVolumeId"});
     respondList(req, res, std::move(items));
@@ -440,7 +444,7 @@ void BlockStorageService::detachBootVolume(ApiRequest& req, ApiResponse& res) {
 
 void BlockStorageService::listBackups(ApiRequest& req, ApiResponse& res, bool boot) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, boot ? "bootvolumebackup" : "volumebackup", c);
     if (boot)
         filterByParams(req, items, {"bootVolumeId", "displayName", "sourceBootVolumeBackupId"});

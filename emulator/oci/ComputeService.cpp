@@ -170,7 +170,7 @@ Resource& ComputeService::seedInstance(const std::string& compartmentId, const s
 
 void ComputeService::listInstances(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "instance", c);
     filterByParams(req, items, {"availabilityDomain", "displayName", "capacityReservationId"});
     respondList(req, res, std::move(items));
@@ -259,7 +259,7 @@ void ComputeService::initialCredentials(ApiRequest& req, ApiResponse& res) {
 
 void ComputeService::listShapes(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     PageWindow w;
     if (!ReadPageWindow(req, world_.pageSize, world_.maxPageSize, w, res)) return;
     std::vector<std::string> ads;

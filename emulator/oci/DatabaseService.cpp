@@ -192,7 +192,7 @@ Resource& DatabaseService::seedBackup(const Resource& database, const std::strin
 
 void DatabaseService::listDbSystems(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "dbsystem", c);
     filterByParams(req, items, {"availabilityDomain", "displayName"});
     respondList(req, res, std::move(items));
@@ -228,7 +228,7 @@ void DatabaseService::terminateDbSystem(ApiRequest& req, ApiResponse& res) {
 
 void DatabaseService::listDbHomes(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "dbhome", c);
     filterByParams(req, items, {"dbSystemId", "displayName", "dbVersion"});
     respondList(req, res, std::move(items));
@@ -240,7 +240,7 @@ void DatabaseService::getDbHome(ApiRequest& req, ApiResponse& res) {
 
 void DatabaseService::listDatabases(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "database", c);
     filterByParams(req, items, {"dbHomeId"});
     if (req.hasParam("systemId")) {
@@ -282,8 +282,10 @@ void DatabaseService::restoreDatabase(ApiRequest& req, ApiResponse& res) {
 }
 
 void DatabaseService::listBackups(ApiRequest& req, ApiResponse& res) {
-    const std::string c = req.param("compartmentId"), dbId = req.param("databaseId");
-    if (c.empty() && dbId.empty()) return err::MissingParameter(res, "databaseId or compartmentId");
+    if (req.param("databaseId").empty() && req.param("compartmentId").empty())
+        return err::MissingParameter(res, "databaseId or compartmentId");
+    std::string c;
+    if (!optionalCompartment(req, res, c)) return;
     auto items = listIn(req, "dbbackup", c);
     filterByParams(req, items, {"databaseId", "type"});
     respondList(req, res, std::move(items));
@@ -324,7 +326,7 @@ void DatabaseService::deleteBackup(ApiRequest& req, ApiResponse& res) {
 
 void DatabaseService::listDbNodes(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "dbnode", c);
     filterByParams(req, items, {"dbSystemId"});
     respondList(req, res, std::move(items));

@@ -72,8 +72,7 @@ void IdentityService::listRegions(ApiRequest&, ApiResponse& res) {
 
 void IdentityService::listAvailabilityDomains(ApiRequest& req, ApiResponse& res) {
     std::string compartment;
-    if (!requireParam(req, res, "compartmentId", compartment)) return;
-    if (!compartmentExists(compartment, req.nowMs)) return err::NotFound(res);
+    if (!requireCompartment(req, res, compartment)) return;
     JArray out;
     for (const auto& ad : world_.availabilityDomains(req.region))
         out.push_back(JObject{{"name", ad},
@@ -84,8 +83,7 @@ void IdentityService::listAvailabilityDomains(ApiRequest& req, ApiResponse& res)
 
 void IdentityService::listCompartments(ApiRequest& req, ApiResponse& res) {
     std::string parent;
-    if (!requireParam(req, res, "compartmentId", parent)) return;
-    if (!compartmentExists(parent, req.nowMs)) return err::NotFound(res);
+    if (!requireCompartment(req, res, parent)) return;
     const std::string access = req.param("accessLevel");
     if (!access.empty() && access != "ANY" && access != "ACCESSIBLE")
         return err::InvalidParameter(res, "Invalid accessLevel: " + access);

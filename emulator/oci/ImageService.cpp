@@ -53,7 +53,7 @@ Resource& ImageService::seedPlatformImage(const std::string& name, const std::st
 
 void ImageService::listImages(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     // Platform images come first, then the compartment's own.
     std::vector<Resource*> items = listIn(req, "image", "");
     items.erase(std::remove_if(items.begin(), items.end(), [](Resource* r) { return !r->compartmentId.empty(); }),

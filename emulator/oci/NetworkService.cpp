@@ -156,7 +156,7 @@ void NetworkService::detachAll(const Resource& instance, std::int64_t nowMs) {
 
 void NetworkService::listVcns(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "vcn", c);
     filterByParams(req, items, {"displayName"});
     respondList(req, res, std::move(items));
@@ -196,7 +196,7 @@ void NetworkService::deleteVcn(ApiRequest& req, ApiResponse& res) {
 
 void NetworkService::listSubnets(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "subnet", c);
     filterByParams(req, items, {"vcnId", "displayName"});
     respondList(req, res, std::move(items));
@@ -242,7 +242,7 @@ void NetworkService::getVnic(ApiRequest& req, ApiResponse& res) {
 
 void NetworkService::listVnicAttachments(ApiRequest& req, ApiResponse& res) {
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     auto items = listIn(req, "vnicattachment", c);
     filterByParams(req, items, {"instanceId", "vnicId", "availabilityDomain"});
     respondList(req, res, std::move(items));

@@ -166,7 +166,7 @@ void ObjectStorageService::getNamespaceMetadata(ApiRequest& req, ApiResponse& re
 void ObjectStorageService::listBuckets(ApiRequest& req, ApiResponse& res) {
     if (!checkNamespace(req, res)) return;
     std::string c;
-    if (!requireParam(req, res, "compartmentId", c)) return;
+    if (!requireCompartment(req, res, c)) return;
     PageWindow w;
     if (!ReadPageWindow(req, world_.pageSize, world_.maxPageSize, w, res)) return;
     std::vector<Resource*> items = listIn(req, "bucket", c);

@@ -158,4 +158,16 @@ bool OciService::compartmentExists(const std::string& id, std::int64_t nowMs) co
     return s != "DELETED" && s != "DELETING";
 }
 
+bool OciService::requireCompartment(const ApiRequest& req, ApiResponse& res, std::string& out) const {
+    if (!requireParam(req, res, "compartmentId", out)) return false;
+    if (compartmentExists(out, req.nowMs)) return true;
+    err::NotFound(res);
+    return false;
+}
+
+bool OciService::optionalCompartment(const ApiRequest& req, ApiResponse& res, std::string& out) const {
+    out = req.param("compartmentId");
+    return out.empty() || requireCompartment(req, res, out);
+}
+
 }  // namespace ocwemu

@@ -63,6 +63,13 @@ protected:
 
     // The compartment exists (the tenancy counts) and is not deleted.
     bool compartmentExists(const std::string& id, std::int64_t nowMs) const;
+    // The "compartmentId" query parameter of a list: false with 400
+    // MissingParameter written when it is absent, or with 404
+    // NotAuthorizedOrNotFound when it names no compartment (the service's
+    // answer for any resource in the path or query it cannot find).
+    bool requireCompartment(const ApiRequest& req, ApiResponse& res, std::string& out) const;
+    // The same for lists where the compartment is optional: true when absent.
+    bool optionalCompartment(const ApiRequest& req, ApiResponse& res, std::string& out) const;
 
     std::int64_t P() const { return world_.provisionMs; }
 

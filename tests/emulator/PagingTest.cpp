@@ -1,11 +1,13 @@
 // List paging: opaque tokens that need URL-encoding, limits, and the service's
-// answers to bad paging input.
+// answers to bad paging input, a missing compartment or an unknown one.
 #include "EmuTestClient.h"
 #include "common/Paging.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
+#include <vector>
 
 namespace emutest {
 namespace {
@@ -86,6 +88,52 @@ TEST_F(PagingTest, MissingCompartmentIs400MissingParameter) {
     Response r = client_->get("/20160918/instances");
     EXPECT_EQ(r.status, 400);
     EXPECT_EQ(ocwemu::JStr(r.object(), "code"), "MissingParameter");
+}
+
+TEST_F(PagingTest, UnknownCompartmentIs404NotAuthorizedOrNotFoundOnEveryList) {
+    const std::string ad =
+        ocwemu::JStr(client_->get("/20160918/availabilityDomains?compartmentId=" + client_->info().tenancy)
+                         .array()
+                         .at(0)
+                         .as_object(),
+                     "name");
+    const std::string ns = "/n/" + client_->info().namespaceName;
+    const std::vector<std::string> lists{
+        "/20160918/instances?compartmentId=",
+        "/20160918/images?compartmentId=",
+        "/20160918/shapes?compartmentId=",
+        "/20160918/vnicAttachments?compartmentId=",
+        "/20160918/volumes?compartmentId=",
+        "/20160918/bootVolumes?compartmentId=",
+        "/20160918/volumeAttachments?compartmentId=",
+        "/20160918/bootVolumeAttachments?availabilityDomain=" + UrlEncode(ad) + "&compartmentId=",
+        "/20160918/volumeBackups?compartmentId=",
+        "/20160918/bootVolumeBackups?compartmentId=",
+        "/20160918/vcns?compartmentId=",
+        "/20160918/subnets?compartmentId=",
+        "/20160918/dbSystems?compartmentId=",
+        "/20160918/dbHomes?compartmentId=",
+        "/20160918/databases?compartmentId=",
+        "/20160918/backups?compartmentId=",
+        "/20160918/dbNodes?compartmentId=",
+        "/20160918/compartments?compartmentId=",
+        "/20160918/availabilityDomains?compartmentId=",
+        ns + "/b?compartmentId=",
+    };
+    const std::string unknown = "ocid1.compartment.oc1..aaaaaaaanosuchcompartment";
+    for (const auto& list : lists) {
+        Response known = client_->get(list + demo_);
+        EXPECT_EQ(known.status, 200) << list << demo_ << " " << known.body;
+        Response r = client_->get(list + unknown);
+        EXPECT_EQ(r.status, 404) << list << unknown << " " << r.body;
+        EXPECT_EQ(ocwemu::JStr(r.object(), "code"), "NotAuthorizedOrNotFound") << list;
+        EXPECT_EQ(r.header("opc-next-page"), "") << list;
+    }
+    // The tenancy is the root compartment; lists whose compartment is optional
+    // still answer without one.
+    EXPECT_EQ(client_->get("/20160918/instances?compartmentId=" + client_->info().tenancy).status, 200);
+    EXPECT_EQ(client_->get("/20160918/volumes").status, 200);
+    EXPECT_EQ(client_->get("/20160918/backups").status, 400) << "databaseId or compartmentId is required";
 }
 
 TEST_F(PagingTest, SearchPagesWithNextAndPreviousTokens) {
