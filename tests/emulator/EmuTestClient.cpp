@@ -123,7 +123,8 @@ Response Client::send(const std::string& method, const std::string& target, cons
                                               {"(request-target)", Lower(method) + " " + (opt.signedTarget.empty() ? target : opt.signedTarget)}};
     httplib::Headers headers{{"Host", host}, {opt.useXDate ? "x-date" : "date", date}};
     if (bodyMethod) {
-        values["content-length"] = std::to_string(body.size());
+        values["content-length"] = opt.contentLength.empty() ? std::to_string(body.size()) : opt.contentLength;
+        if (!opt.contentLength.empty()) headers.emplace("Content-Length", opt.contentLength);
         values["content-type"] = opt.contentType;
         values["x-content-sha256"] = opt.contentSha256.empty() ? Sha256Base64(body) : opt.contentSha256;
         headers.emplace("x-content-sha256", values["x-content-sha256"]);
@@ -161,6 +162,15 @@ Response Client::send(const std::string& method, const std::string& target, cons
         if (method == "GET") return http_->Get(target.c_str(), headers);
         if (method == "HEAD") return http_->Head(target.c_str(), headers);
         if (method == "DELETE") return http_->Delete(target.c_str(), headers);
+        if (method == "POST" && !opt.contentLength.empty())
+            return http_->Post(
+                target.c_str(), headers,
+                [&body](size_t, httplib::DataSink& sink) {
+                    sink.write(body.data(), body.size());
+                    sink.done();
+                    return true;
+                },
+                opt.contentType.c_str());
         if (method == "POST") return http_->Post(target.c_str(), headers, body, opt.contentType.c_str());
         if (method == "PUT") return http_->Put(target.c_str(), headers, body, opt.contentType.c_str());
         return http_->Patch(target.c_str(), headers, body, opt.contentType.c_str());

@@ -38,6 +38,9 @@ struct SignOptions {
     std::string keyPem;                // empty: the emulator's key file
     std::string contentSha256;         // empty: the body's real digest
     std::string contentType = "application/json";
+    // Non-empty: the content-length sent and signed instead of the body's
+    // size; the body then goes out chunked so the server still reads all of it.
+    std::string contentLength;
     std::string algorithm = "rsa-sha256";
     std::string version = "1";         // "-" leaves the parameter out
     bool sign = true;                  // false: no authorization header at all

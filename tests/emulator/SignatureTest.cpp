@@ -121,6 +121,22 @@ TEST_F(SignatureTest, RejectsABodyThatDoesNotMatchItsDigest) {
     ExpectRejected(client_->post("/20160918/compartments", JObject{{"name", "x"}}, o), "body_hash_mismatch");
 }
 
+TEST_F(SignatureTest, RejectsAContentLengthThatDoesNotMatchTheBody) {
+    const JObject body{{"compartmentId", client_->info().tenancy}, {"name", "length-check"},
+                       {"description", "streamed in chunks"}};
+    const std::string size = std::to_string(ocwemu::ToJson(body).size());
+    SignOptions longer;
+    longer.contentLength = std::to_string(ocwemu::ToJson(body).size() + 10);
+    ExpectRejected(client_->post("/20160918/compartments", body, longer), "content_length_mismatch");
+    SignOptions padded;
+    padded.contentLength = "0" + size;  // the same number, but not the length as signed
+    ExpectRejected(client_->post("/20160918/compartments", body, padded), "content_length_mismatch");
+    SignOptions exact;
+    exact.contentLength = size;  // the same chunked request with the true length passes
+    Response r = client_->post("/20160918/compartments", body, exact);
+    EXPECT_EQ(r.status, 200) << r.body;
+}
+
 TEST_F(SignatureTest, RejectsASignedHeaderThatWasNotSent) {
     SignOptions o;
     o.headers = {"date", "(request-target)", "host", "opc-retry-token"};
