@@ -39,7 +39,7 @@ public:
     bool GetStorageAttachmentForDiskAndInstance(const std::string& volume, const std::string& instance,
                                                 SStorageAttachmentInfoLib& attachment, bool& notAttached,
                                                 const std::string& region) override {
-        if (!Respond(Call("GetStorageAttachmentForDiskAndInstance", volume, instance, region))) return false;
+        if (!Answer(Call("GetStorageAttachmentForDiskAndInstance", volume, instance, region))) return false;
         if (unknownVolumes.count(volume) != 0) {
             SetLastError("lookup of " + volume + " failed");
             return false;
@@ -56,7 +56,7 @@ public:
     // Classic rule: a volume attached to nothing is a success with the record untouched.
     bool GetStorageAttachmentForDisk(const std::string& volume, SStorageAttachmentInfoLib& attachment,
                                      const std::string& region) override {
-        if (!Respond(Call("GetStorageAttachmentForDisk", volume, region))) return false;
+        if (!Answer(Call("GetStorageAttachmentForDisk", volume, region))) return false;
         if (unknownVolumes.count(volume) != 0) return false;
         const auto found = attachments.find(volume);
         if (found != attachments.end()) attachment = found->second;
@@ -73,7 +73,7 @@ public:
         return 0;
     }
     bool GetSnapshotInfoForSnapshotName(const std::string& name, SSnapshotInfoLib& snapshot) override {
-        if (!Respond(Call("GetSnapshotInfoForSnapshotName", name))) return false;
+        if (!Answer(Call("GetSnapshotInfoForSnapshotName", name))) return false;
         const auto found = snapshots.find(name);
         if (found == snapshots.end()) {
             SetLastError("no snapshot " + name);
@@ -83,7 +83,7 @@ public:
         return true;
     }
     bool GetVolumeInfo(SDiskInfoLib& disk, unsigned long long flags) override {
-        if (!Respond(Call("GetVolumeInfo", disk.guid, disk.name, flags))) return false;
+        if (!Answer(Call("GetVolumeInfo", disk.guid, disk.name, flags))) return false;
         const auto found = volumes.find(disk.guid);
         if (found == volumes.end()) {
             SetLastError("no volume " + disk.guid);
@@ -93,19 +93,19 @@ public:
         return true;
     }
     bool GetTemplateInfo(const std::string& templateId, SVMInfoLib& image, const std::string& region) override {
-        if (!Respond(Call("GetTemplateInfo", templateId, region))) return false;
+        if (!Answer(Call("GetTemplateInfo", templateId, region))) return false;
         image = imageToReturn;
         return true;
     }
     bool GetKeyInfoForKeyName(const std::string& keyName, SKeyPairInfoLib& key) override {
-        if (!Respond(Call("GetKeyInfoForKeyName", keyName))) return false;
+        if (!Answer(Call("GetKeyInfoForKeyName", keyName))) return false;
         const auto found = keys.find(keyName);
         if (found == keys.end()) return false;
         key = found->second;
         return true;
     }
     bool GetNamespaceForTenant(std::string& tenantNamespace) override {
-        if (!Respond(Call("GetNamespaceForTenant"))) return false;
+        if (!Answer(Call("GetNamespaceForTenant"))) return false;
         tenantNamespace = namespaceToReturn;
         return true;
     }
@@ -118,17 +118,6 @@ public:
     SVMInfoLib imageToReturn;
     std::map<std::string, SKeyPairInfoLib> keys;
     std::string namespaceToReturn = "tenantns";
-
-private:
-    bool Respond(const std::string& call) {
-        calls.push_back(call);
-        const std::string name = call.substr(0, call.find('('));
-        if (failing.count(name) != 0) {
-            SetLastError(name + " failed in the backend");
-            return false;
-        }
-        return true;
-    }
 };
 
 class CompositeOperations : public FakeOperations {
@@ -138,8 +127,8 @@ public:
     bool CreateVolumeAttachmentToInstance(const SDiskInfoLib& disk, const SVMInfoLib& vm, bool& limitReached,
                                           SStorageAttachmentInfoLib& attachment) override {
         // The flag as the facade hands it over tells whether it was reset first.
-        if (!Respond(Call("CreateVolumeAttachmentToInstance", disk.guid, disk.name, disk.index, vm.guid,
-                          limitReached))) {
+        if (!Answer(Call("CreateVolumeAttachmentToInstance", disk.guid, disk.name, disk.index, vm.guid,
+                         limitReached))) {
             limitReached = limitOnFailure;
             return false;
         }
@@ -152,8 +141,8 @@ public:
         return true;
     }
     bool CreateVolume(SDiskInfoLib& disk, const std::string& scope) override {
-        if (!Respond(Call("CreateVolume", disk.volumeName, disk.sizeBytes, scope, disk.availabilityDomain,
-                          disk.compartmentId))) {
+        if (!Answer(Call("CreateVolume", disk.volumeName, disk.sizeBytes, scope, disk.availabilityDomain,
+                         disk.compartmentId))) {
             return false;
         }
         disk.name = "ocid1.volume.oc1..new-" + disk.volumeName;
@@ -161,13 +150,13 @@ public:
     }
     bool CreateSnapshotForVolume(const std::string& volume, const std::string& description, const std::string& name,
                                  SSnapshotInfoLib& snapshot) override {
-        if (!Respond(Call("CreateSnapshotForVolume", volume, description, name, snapshot.isComplete))) return false;
+        if (!Answer(Call("CreateSnapshotForVolume", volume, description, name, snapshot.isComplete))) return false;
         snapshot.name = "ocid1.volumebackup.oc1..of-" + volume;
         return true;
     }
     bool CreateVolumeFromSnapshot(const SSnapshotInfoLib& snapshot, SDiskInfoLib& disk) override {
-        if (!Respond(Call("CreateVolumeFromSnapshot", snapshot.name, disk.volumeName, disk.compartmentId,
-                          disk.properties, disk.availabilityDomain, disk.guid, disk.sizeBytes))) {
+        if (!Answer(Call("CreateVolumeFromSnapshot", snapshot.name, disk.volumeName, disk.compartmentId,
+                         disk.properties, disk.availabilityDomain, disk.guid, disk.sizeBytes))) {
             return false;
         }
         disk.name = "ocid1.volume.oc1..restored-" + disk.volumeName;
@@ -175,7 +164,7 @@ public:
     }
     bool DeleteStorageAttachment(const SStorageAttachmentInfoLib& attachment, bool wait) override {
         const std::string id = attachment.attachmentId.empty() ? attachment.name : attachment.attachmentId;
-        if (!Respond(Call("DeleteStorageAttachment", id, wait))) return false;
+        if (!Answer(Call("DeleteStorageAttachment", id, wait))) return false;
         if (refusedDetachments.count(id) != 0) {
             SetLastError("detach of " + id + " refused");
             return false;
@@ -183,42 +172,31 @@ public:
         return true;
     }
     bool AreAllAttachmentsDeleted(const std::vector<std::string>& attachments) override {
-        return Respond(Call("AreAllAttachmentsDeleted", JoinNames(attachments)));
+        return Answer(Call("AreAllAttachmentsDeleted", JoinNames(attachments)));
     }
     bool MakeVolumeBootable(SDiskInfoLib& disk) override {
-        return Respond(Call("MakeVolumeBootable", disk.guid, disk.sizeBytes, disk.description));
+        return Answer(Call("MakeVolumeBootable", disk.guid, disk.sizeBytes, disk.description));
     }
     bool ClearDescriptionForVolume(SDiskInfoLib& disk) override {
-        return Respond(Call("ClearDescriptionForVolume", disk.guid, disk.sizeBytes, disk.description));
+        return Answer(Call("ClearDescriptionForVolume", disk.guid, disk.sizeBytes, disk.description));
     }
     bool UploadToObjectStorage(const std::string& ns, const std::string& bucket, const std::string& object,
                                const std::string& content) override {
-        return Respond(Call("UploadToObjectStorage", ns, bucket, object, content));
+        return Answer(Call("UploadToObjectStorage", ns, bucket, object, content));
     }
     bool CreateImage(const std::string& ns, const std::string& bucket, const std::string& object,
                      SImageInfoLib& image) override {
-        if (!Respond(Call("CreateImage", ns, bucket, object, image.displayName))) return false;
+        if (!Answer(Call("CreateImage", ns, bucket, object, image.displayName))) return false;
         image.id = "ocid1.image.oc1..imported";
         image.lifecycleState = "IMPORTING";
         return true;
     }
     bool DeleteStorageObject(const std::string& ns, const std::string& bucket, const std::string& object) override {
-        return Respond(Call("DeleteStorageObject", ns, bucket, object));
+        return Answer(Call("DeleteStorageObject", ns, bucket, object));
     }
 
     bool limitOnFailure = false;
     std::set<std::string> refusedDetachments;
-
-private:
-    bool Respond(const std::string& call) {
-        calls.push_back(call);
-        const std::string name = call.substr(0, call.find('('));
-        if (failing.count(name) != 0) {
-            SetLastError(name + " failed in the backend");
-            return false;
-        }
-        return true;
-    }
 };
 
 // A facade of the given cloud type over the composite fakes, all owned by it.

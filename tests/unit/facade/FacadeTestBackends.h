@@ -35,6 +35,20 @@ std::string Call(const std::string& name, const Args&... args) {
     return out.str();
 }
 
+// What every fake backend does with a call: records it in calls and fails it,
+// with "<name> failed in the backend" as the backend's last error, when its
+// name is in failing.
+inline bool RecordAndAnswer(COracleCloudErrorHandler& backend, std::vector<std::string>& calls,
+                            const std::set<std::string>& failing, const std::string& call) {
+    calls.push_back(call);
+    const std::string name = call.substr(0, call.find('('));
+    if (failing.count(name) != 0) {
+        backend.SetLastError(name + " failed in the backend");
+        return false;
+    }
+    return true;
+}
+
 // Shared record of the order in which backend objects were destroyed.
 using DestroyLog = std::vector<std::string>;
 
@@ -161,16 +175,10 @@ public:
     std::vector<SSecurityGroupInfoLib> groupsToReturn;
     std::vector<SNetworkInfoLib> networksToReturn;
 
+protected:
+    bool Answer(const std::string& call) { return RecordAndAnswer(*this, calls, failing, call); }
+
 private:
-    bool Answer(const std::string& call) {
-        calls.push_back(call);
-        const std::string name = call.substr(0, call.find('('));
-        if (failing.count(name) != 0) {
-            SetLastError(name + " failed in the backend");
-            return false;
-        }
-        return true;
-    }
     DestroyLog* m_destroyed;
 };
 
@@ -223,16 +231,10 @@ public:
     std::set<std::string> failing;
     std::vector<std::string> calls;
 
+protected:
+    bool Answer(const std::string& call) { return RecordAndAnswer(*this, calls, failing, call); }
+
 private:
-    bool Answer(const std::string& call) {
-        calls.push_back(call);
-        const std::string name = call.substr(0, call.find('('));
-        if (failing.count(name) != 0) {
-            SetLastError(name + " failed in the backend");
-            return false;
-        }
-        return true;
-    }
     DestroyLog* m_destroyed;
 };
 
