@@ -1,11 +1,14 @@
 #pragma once
 // Tolerant readers over Boost.JSON documents sent by clients.
 //
-// Clients are not strict about member types: the library sends numbers as
-// JSON strings ("sizeInGBs": "50", "ocpus": "2") and booleans as strings
-// ("latest": "true"). The service's JSON binder accepts both, so these
-// readers do too. Every reader returns an empty optional (or "") when the
-// member is absent, null or of a kind that cannot be converted.
+// Deliberately lenient about member types: the library sends numbers as JSON
+// strings ("sizeInGBs": "50", "ocpus": "2") and booleans as strings
+// ("latest": "true"), so these readers take both forms. The service's models
+// type these members as numbers and booleans; whether it also takes strings is
+// not established, so the leniency is documented (docs/emulator.md) rather
+// than claimed as the service's. Answers always carry real numbers and
+// booleans. Every reader returns an empty optional (or "") when the member is
+// absent, null or of a kind that cannot be converted ("sixty" counts as absent).
 #include <boost/json.hpp>
 
 #include <cstdint>

@@ -81,8 +81,10 @@ TEST_F(LifecycleTest, FlexShapeTakesOcpusAndMemorySentAsStrings) {
     const std::string id = launch(JObject{{"shape", "VM.Standard.E4.Flex"},
                                           {"shapeConfig", JObject{{"ocpus", "2"}, {"memoryInGBs", "16"}}}});
     JObject cfg = c_->get("/20160918/instances/" + id).object()["shapeConfig"].as_object();
-    EXPECT_EQ(ocwemu::JNum(cfg, "ocpus").value_or(0), 2.0);
-    EXPECT_EQ(ocwemu::JNum(cfg, "memoryInGBs").value_or(0), 16.0);
+    ASSERT_TRUE(cfg["ocpus"].is_number()) << "answered as a number, whatever was sent";
+    ASSERT_TRUE(cfg["memoryInGBs"].is_number());
+    EXPECT_EQ(cfg["ocpus"].to_number<double>(), 2.0);
+    EXPECT_EQ(cfg["memoryInGBs"].to_number<double>(), 16.0);
     Response tooMuch = c_->post("/20160918/instances", JObject{{"compartmentId", demo_},
                                                                {"availabilityDomain", ad_},
                                                                {"shape", "VM.Standard.E4.Flex"},
@@ -90,6 +92,18 @@ TEST_F(LifecycleTest, FlexShapeTakesOcpusAndMemorySentAsStrings) {
                                                                {"sourceDetails", JObject{{"sourceType", "image"}, {"imageId", image_}}},
                                                                {"createVnicDetails", JObject{{"subnetId", subnet_}}}});
     EXPECT_EQ(tooMuch.status, 400);
+}
+
+TEST_F(LifecycleTest, VolumeSizeSentAsAStringIsReadAndAnsweredAsANumber) {
+    const std::string id = createVolume(60);  // "sizeInGBs": "60"
+    JObject v = c_->get("/20160918/volumes/" + id).object();
+    ASSERT_TRUE(v["sizeInGBs"].is_int64()) << ocwemu::ToJson(v);
+    EXPECT_EQ(v["sizeInGBs"].as_int64(), 60);
+    EXPECT_EQ(v["sizeInMBs"].as_int64(), 60 * 1024);
+    Response tooSmall = c_->post("/20160918/volumes", JObject{{"compartmentId", demo_},
+                                                              {"availabilityDomain", ad_},
+                                                              {"sizeInGBs", "10"}});
+    EXPECT_EQ(tooSmall.status, 400) << "a size sent as a string is checked like a number";
 }
 
 TEST_F(LifecycleTest, PowerActionsPassThroughTheirTransitionalStates) {
