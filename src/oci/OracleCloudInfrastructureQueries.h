@@ -163,6 +163,12 @@ protected:
     // ---- engines (OracleCloudInfrastructureQueriesEngine.h) ----------------
     bool _connectAndRunQuery(const std::string& path, EOracleServiceType type, const std::string& region,
                              std::string& response);
+    // Reads page after page of path until no next-page token comes back and
+    // appends the items to out. Each page is a GET of a list, or with Search a
+    // POST of searchBody read as a search result. Stops with false at the
+    // first failure, keeping the items of the pages before it.
+    template <bool Search, typename T>
+    bool _CollectPages(const std::string& path, const std::string& searchBody, std::vector<T>& out);
     template <typename T>
     bool _GetPaginatedList(const std::string& path, EOracleServiceType type, const std::string& region,
                            std::vector<T>& out);

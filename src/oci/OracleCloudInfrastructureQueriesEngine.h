@@ -50,32 +50,47 @@ inline const std::string& OciLifecycleState(const SImageInfoLib& r) { return r.l
 inline const std::string& OciLifecycleState(const SDiskInfoLib& r) { return r.status; }
 inline const std::string& OciLifecycleState(const SVnicAttachmentInfoLib& r) { return r.lifecycleState; }
 
-template <typename T>
-bool COracleCloudInfrastructureQueries::_GetPaginatedList(const std::string& path, EOracleServiceType type,
-                                                          const std::string& region, std::vector<T>& out) {
-    OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
-    m_connection->setService(type);
-    bool result = true;
+template <bool Search, typename T>
+bool COracleCloudInfrastructureQueries::_CollectPages(const std::string& path, const std::string& searchBody,
+                                                      std::vector<T>& out) {
     std::string token;
     do {
-        std::string url = _GetPageUrl(path, token);
+        const std::string url = _GetPageUrl(path, token);
         std::string response;
-        if (!m_connection->get(url, response, false, true)) {
+        bool answered;
+        if constexpr (Search) {
+            answered = m_connection->post(url, searchBody, response);
+        } else {
+            answered = m_connection->get(url, response, false, true);
+        }
+        if (!answered) {
             SetLastErrorFromResponse(response);
-            result = false;
-            break;
+            return false;
         }
         std::vector<T> page;
-        if (!m_parser->ParseList(response, page)) {
+        bool parsed;
+        if constexpr (Search) {
+            parsed = m_parser->ParseQueryResult(response, page);
+        } else {
+            parsed = m_parser->ParseList(response, page);
+        }
+        if (!parsed) {
             OCW_LOG_ERROR(&m_debugLog, "Failed to parse query result");
-            result = false;
-            break;
+            return false;
         }
         OCW_LOG_LVL(2, &m_debugLog, "partial list size: [%d]", static_cast<int>(page.size()));
         out.insert(out.end(), std::make_move_iterator(page.begin()), std::make_move_iterator(page.end()));
         token = _GetNextPageTokenFromHeader(m_connection->getHttpResponseHeader("opc-next-page"));
     } while (!token.empty());
-    return result;
+    return true;
+}
+
+template <typename T>
+bool COracleCloudInfrastructureQueries::_GetPaginatedList(const std::string& path, EOracleServiceType type,
+                                                          const std::string& region, std::vector<T>& out) {
+    OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
+    m_connection->setService(type);
+    return _CollectPages<false>(path, std::string(), out);
 }
 
 template <typename T>
@@ -84,32 +99,12 @@ bool COracleCloudInfrastructureQueries::_ExecuteSearchServiceQuery(const std::st
     OCW_LOG_LVL(2, &m_debugLog, "Query: [%s]", query.c_str());
     OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
     m_connection->setService(OCI_SERVICE_SEARCH);
-    const std::string path = std::string("/20180409") + "/resources";
     JsonObject details;
     details["type"] = "Structured";
     details["query"] = query;
     // The page travels in the query string; the body stays the same for every page.
     const std::string body = JsonHelper::Serialize(details);
-    bool result = true;
-    std::string token;
-    do {
-        std::string response;
-        if (!m_connection->post(_GetPageUrl(path, token), body, response)) {
-            SetLastErrorFromResponse(response);
-            result = false;
-            break;
-        }
-        std::vector<T> page;
-        if (!m_parser->ParseQueryResult(response, page)) {
-            OCW_LOG_ERROR(&m_debugLog, "Failed to parse query result");
-            result = false;
-            break;
-        }
-        OCW_LOG_LVL(2, &m_debugLog, "partial list size: [%d]", static_cast<int>(page.size()));
-        out.insert(out.end(), std::make_move_iterator(page.begin()), std::make_move_iterator(page.end()));
-        token = _GetNextPageTokenFromHeader(m_connection->getHttpResponseHeader("opc-next-page"));
-    } while (!token.empty());
-    return result;
+    return _CollectPages<true>(std::string("/20180409") + "/resources", body, out);
 }
 
 template <typename T>
