@@ -179,6 +179,9 @@ protected:
     template <typename T>
     bool deleteAndWaitUntilGone(const std::string& deletePath, const std::string& resourcePath,
                                 const std::string& goneState, bool wait);
+    // The body of CreateVolumeFromSnapshot and CreateBootVolumeFromSnapshot;
+    // boot picks the boot volume collection and source type.
+    bool createVolumeFromBackup(const SSnapshotInfoLib& snapshot, SDiskInfoLib& disk, bool boot);
 
     DebugLog m_debugLog;
     uint32_t operationTimeout;

@@ -171,33 +171,22 @@ bool COracleCloudInfrastructureOperations::CreateSnapshotForVolume(const std::st
 bool COracleCloudInfrastructureOperations::CreateVolumeFromSnapshot(const SSnapshotInfoLib& snapshot,
                                                                     SDiskInfoLib& disk) {
     if (MentionsBootVolume(snapshot.volumeName)) return CreateBootVolumeFromSnapshot(snapshot, disk);
-
-    const std::string body = JsonHelper::Serialize(ocioperations::VolumeFromBackupBody(disk, snapshot.name, false));
-    if (body.empty()) {
-        return OCI_OPS_FAIL("The Request json could not be formed for creatign volume instance");
-    }
-    std::string response;
-    if (!postJson(OCI_SERVICE_CORE, CorePath("/volumes"), body, response)) return false;
-
-    SDiskInfoLib created;
-    if (!m_parser->ParseObject(response, created)) {
-        return OCI_OPS_FAIL("Failed to parse response JSON");
-    }
-    disk.guid = created.guid;
-    disk.name = created.guid;
-    disk.status = created.status;
-    disk.sizeBytes = created.sizeBytes;
-    return true;
+    return createVolumeFromBackup(snapshot, disk, false);
 }
 
 bool COracleCloudInfrastructureOperations::CreateBootVolumeFromSnapshot(const SSnapshotInfoLib& snapshot,
                                                                         SDiskInfoLib& disk) {
-    const std::string body = JsonHelper::Serialize(ocioperations::VolumeFromBackupBody(disk, snapshot.name, true));
+    return createVolumeFromBackup(snapshot, disk, true);
+}
+
+bool COracleCloudInfrastructureOperations::createVolumeFromBackup(const SSnapshotInfoLib& snapshot, SDiskInfoLib& disk,
+                                                                  bool boot) {
+    const std::string body = JsonHelper::Serialize(ocioperations::VolumeFromBackupBody(disk, snapshot.name, boot));
     if (body.empty()) {
         return OCI_OPS_FAIL("The Request json could not be formed for creatign volume instance");
     }
     std::string response;
-    if (!postJson(OCI_SERVICE_CORE, CorePath("/bootVolumes"), body, response)) return false;
+    if (!postJson(OCI_SERVICE_CORE, CorePath(boot ? "/bootVolumes" : "/volumes"), body, response)) return false;
 
     SDiskInfoLib created;
     if (!m_parser->ParseObject(response, created)) {
@@ -207,7 +196,7 @@ bool COracleCloudInfrastructureOperations::CreateBootVolumeFromSnapshot(const SS
     disk.name = created.guid;
     disk.status = created.status;
     disk.sizeBytes = created.sizeBytes;
-    disk.bootable = true;
+    if (boot) disk.bootable = true;
     return true;
 }
 
