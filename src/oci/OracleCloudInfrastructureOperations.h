@@ -179,6 +179,9 @@ protected:
     template <typename T>
     bool deleteAndWaitUntilGone(const std::string& deletePath, const std::string& resourcePath,
                                 const std::string& goneState, bool wait);
+    // Posts a launch body (empty: false, nothing sent), reads the new instance
+    // into launched and waits for "RUNNING" ("TERMINATED" fails at once).
+    bool launchAndWaitUntilRunning(const std::string& body, SVMInfoLib& launched);
     // The body of CreateVolumeFromSnapshot and CreateBootVolumeFromSnapshot;
     // boot picks the boot volume collection and source type.
     bool createVolumeFromBackup(const SSnapshotInfoLib& snapshot, SDiskInfoLib& disk, bool boot);

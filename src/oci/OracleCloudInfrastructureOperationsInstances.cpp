@@ -9,7 +9,24 @@ using ocioperations::CorePath;
 bool COracleCloudInfrastructureOperations::LaunchInstance(SVMInfoLib& vm) {
     JsonObject json;
     prepareInstanceJson(vm, json);
-    const std::string body = JsonHelper::Serialize(json);
+    SVMInfoLib launched;
+    if (!launchAndWaitUntilRunning(JsonHelper::Serialize(json), launched)) return false;
+    vm.guid = launched.guid;
+    ocilifecycle::SetState(vm, launched.state);
+    return true;
+}
+
+bool COracleCloudInfrastructureOperations::DeployVMFromBootDisk(SVMInfoLib& vm, const std::string& bootVolumeId) {
+    SVMInfoLib launched;
+    if (!launchAndWaitUntilRunning(JsonHelper::Serialize(ocioperations::LaunchFromBootVolumeBody(vm, bootVolumeId)),
+                                   launched)) {
+        return false;
+    }
+    vm = launched;
+    return true;
+}
+
+bool COracleCloudInfrastructureOperations::launchAndWaitUntilRunning(const std::string& body, SVMInfoLib& launched) {
     if (body.empty()) {
         return OCI_OPS_FAIL("The Request json could not be formed for launching instance");
     }
@@ -17,38 +34,12 @@ bool COracleCloudInfrastructureOperations::LaunchInstance(SVMInfoLib& vm) {
     // The trailing "/" on the collection is what the agent has always sent.
     if (!postJson(OCI_SERVICE_CORE, CorePath("/instances") + "/", body, response)) return false;
 
-    SVMInfoLib launched;
     if (!m_parser->ParseObject(response, launched)) {
         return OCI_OPS_FAIL("Failed to parse response JSON");
     }
     OCW_LOG_DEBUG(&m_debugLog, "Successfully submitted request to create VM:[%s][%s]", launched.vmName.c_str(),
                   launched.guid.c_str());
-    if (!WaitForObjectToReachEndState(CorePath("/instances", launched.guid), vm, "RUNNING", "TERMINATED")) {
-        return false;
-    }
-    vm.guid = launched.guid;
-    return true;
-}
-
-bool COracleCloudInfrastructureOperations::DeployVMFromBootDisk(SVMInfoLib& vm, const std::string& bootVolumeId) {
-    const std::string body = JsonHelper::Serialize(ocioperations::LaunchFromBootVolumeBody(vm, bootVolumeId));
-    if (body.empty()) {
-        return OCI_OPS_FAIL("The Request json could not be formed for launching instance");
-    }
-    std::string response;
-    if (!postJson(OCI_SERVICE_CORE, CorePath("/instances") + "/", body, response)) return false;
-
-    SVMInfoLib launched;
-    if (!m_parser->ParseObject(response, launched)) {
-        return OCI_OPS_FAIL("Failed to parse response JSON");
-    }
-    OCW_LOG_DEBUG(&m_debugLog, "Successfully submitted request to create VM:[%s][%s]", launched.vmName.c_str(),
-                  launched.guid.c_str());
-    if (!WaitForObjectToReachEndState(CorePath("/instances", launched.guid), launched, "RUNNING", "TERMINATED")) {
-        return false;
-    }
-    vm = launched;
-    return true;
+    return WaitForObjectToReachEndState(CorePath("/instances", launched.guid), launched, "RUNNING", "TERMINATED");
 }
 
 bool COracleCloudInfrastructureOperations::DeployVM(SVMInfoLib& vm, const std::string& imageId) {
