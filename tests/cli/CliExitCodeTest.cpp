@@ -44,9 +44,9 @@ TEST_F(CliExitCodes, KeyTheCloudDoesNotKnowExitsWith3) {
     const std::string keyFile = dir_.path() + "/other_key.pem";
     ASSERT_TRUE(ocwemu::WritePrivateKeyPem(keyFile, other.get(), "", error)) << error;
     const ocwemu::EmulatorInfo& info = Emu().info();
-    const std::string config = dir_.file("config", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
-                                                       info.fingerprint + "\nkey_file=" + keyFile +
-                                                       "\ntenancy=" + info.tenancy + "\nregion=" + info.region + "\n");
+    const std::string config = dir_.write("config", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
+                                                        info.fingerprint + "\nkey_file=" + keyFile +
+                                                        "\ntenancy=" + info.tenancy + "\nregion=" + info.region + "\n");
     const CliResult r = OcwRaw({"--config-file", config, "--ini", info.ini, "instances", "list"});
     EXPECT_EQ(r.exitCode, 3) << r.out << r.err;
     EXPECT_NE(r.err.find("NotAuthenticated"), std::string::npos) << r.err;
@@ -56,15 +56,16 @@ TEST_F(CliExitCodes, KeyTheCloudDoesNotKnowExitsWith3) {
 TEST_F(CliExitCodes, UnusableProfileExitsWith3WithoutARequest) {
     const ocwemu::EmulatorInfo& info = Emu().info();
     const size_t before = RequestCount();
-    const std::string noKey = dir_.file("no-key", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" + info.fingerprint +
-                                                      "\nkey_file=" + dir_.path() + "/missing.pem\ntenancy=" +
-                                                      info.tenancy + "\nregion=" + info.region + "\n");
+    const std::string noKey = dir_.write("no-key", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
+                                                       info.fingerprint + "\nkey_file=" + dir_.path() +
+                                                       "/missing.pem\ntenancy=" + info.tenancy + "\nregion=" +
+                                                       info.region + "\n");
     CliResult r = OcwRaw({"--config-file", noKey, "--ini", info.ini, "regions"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
     EXPECT_NE(r.err.find("missing.pem"), std::string::npos) << r.err;
 
-    const std::string noTenancy = dir_.file("no-tenancy", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
-                                                              info.fingerprint + "\nkey_file=" + info.keyFile + "\n");
+    const std::string noTenancy = dir_.write("no-tenancy", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
+                                                               info.fingerprint + "\nkey_file=" + info.keyFile + "\n");
     r = OcwRaw({"--config-file", noTenancy, "--ini", info.ini, "regions"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
     EXPECT_NE(r.err.find("tenancy, region"), std::string::npos) << r.err;

@@ -30,16 +30,16 @@ protected:
         ocwemu::PKeyPtr other = ocwemu::GenerateRsaKey();
         std::string error;
         EXPECT_TRUE(ocwemu::WritePrivateKeyPem(dir_.path() + "/stranger.pem", other.get(), "", error)) << error;
-        return dir_.file("config",
-                         "# two identities for the same tenancy\n"
-                         "[DEFAULT]\n"
-                         "user=" + i.user + "\nfingerprint=" + i.fingerprint + "\nkey_file=stranger.pem\n"
-                         "tenancy=" + i.tenancy + "\nregion=" + i.region + "\n\n"
-                         "[locked]\n"
-                         "key_file = " + i.keyFile + "\n"
-                         "pass_phrase = " + kPassPhrase + "\n\n"
-                         "[nopass]\n"
-                         "key_file=" + i.keyFile + "\n");
+        return dir_.write("config",
+                          "# two identities for the same tenancy\n"
+                          "[DEFAULT]\n"
+                          "user=" + i.user + "\nfingerprint=" + i.fingerprint + "\nkey_file=stranger.pem\n"
+                          "tenancy=" + i.tenancy + "\nregion=" + i.region + "\n\n"
+                          "[locked]\n"
+                          "key_file = " + i.keyFile + "\n"
+                          "pass_phrase = " + kPassPhrase + "\n\n"
+                          "[nopass]\n"
+                          "key_file=" + i.keyFile + "\n");
     }
 
     CliResult Run(const std::string& config, std::vector<std::string> args) {
@@ -87,9 +87,9 @@ TEST_F(CliProfiles, WrongPassPhraseIsRefusedBeforeAnyRequestIsSigned) {
     // A profile whose pass phrase is wrong: the key cannot be opened, no
     // request is signed.
     const ocwemu::EmulatorInfo& i = locked_->info();
-    const std::string config = dir_.file("wrong", "[DEFAULT]\nuser=" + i.user + "\nfingerprint=" + i.fingerprint +
-                                                      "\nkey_file=" + i.keyFile + "\ntenancy=" + i.tenancy +
-                                                      "\nregion=" + i.region + "\npass_phrase=not it\n");
+    const std::string config = dir_.write("wrong", "[DEFAULT]\nuser=" + i.user + "\nfingerprint=" + i.fingerprint +
+                                                       "\nkey_file=" + i.keyFile + "\ntenancy=" + i.tenancy +
+                                                       "\nregion=" + i.region + "\npass_phrase=not it\n");
     const CliResult r = Run(config, {"regions"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
     EXPECT_NE(r.err.find("pass"), std::string::npos) << r.err;

@@ -4,36 +4,15 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 namespace ocwtest {
 
 std::string OcwPath() { return OCW_CLI_PATH; }
-
-TempDir::TempDir() {
-    const char* tmp = std::getenv("TMPDIR");
-    std::string pattern = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/ocw-cli-test-XXXXXX";
-    if (::mkdtemp(&pattern[0]) != nullptr) path_ = pattern;
-}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ec);
-}
-
-std::string TempDir::file(const std::string& name, const std::string& content) const {
-    const std::string full = path_ + "/" + name;
-    std::ofstream(full, std::ios::binary) << content;
-    ::chmod(full.c_str(), 0600);
-    return full;
-}
 
 CliResult RunProgram(const std::string& program, const std::vector<std::string>& args, const CliRunOptions& options) {
     CliResult result;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "../support/TempDir.h"
+
 namespace ocwtest {
 
 struct CliResult {
@@ -26,19 +28,5 @@ CliResult RunProgram(const std::string& program, const std::vector<std::string>&
 
 // Path of the ocw binary under test.
 std::string OcwPath();
-
-// A fresh directory under $TMPDIR, removed by the destructor.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::string& path() const { return path_; }
-    std::string file(const std::string& name, const std::string& content) const;
-
-private:
-    std::string path_;
-};
 
 }  // namespace ocwtest

@@ -22,8 +22,8 @@ const char kBase[] =
 
 TEST(OciConfigFile, ProfileOverridesDefaultAndKeepsTheRest) {
     TempDir dir;
-    dir.file("key.pem", "k");
-    dir.file("other.pem", "k");
+    dir.write("key.pem", "k");
+    dir.write("other.pem", "k");
     OciConfigFile config;
     ASSERT_TRUE(config.parse(std::string(kBase) + "\n; comment\n[DR]\nRegion = us-ashburn-1\nkey_file=other.pem\n",
                              dir.path() + "/config"))
@@ -66,7 +66,7 @@ TEST(OciConfigFile, TildeMeansHome) {
 
 TEST(OciConfigFile, SeparatorOfTheLibrarysUserTextIsRefused) {
     TempDir dir;
-    dir.file("key.pem", "k");
+    dir.write("key.pem", "k");
     OciConfigFile config;
     ASSERT_TRUE(config.parse(std::string(kBase) + "[X]\nuser=ocid1.user|evil\n", dir.path() + "/config"));
     OciProfile p;

@@ -14,12 +14,6 @@
 namespace ocwtest {
 namespace {
 
-std::string MakeTempDir(const char* prefix) {
-    std::string pattern = (std::filesystem::temp_directory_path() / (std::string(prefix) + "XXXXXX")).string();
-    if (!mkdtemp(&pattern[0])) throw std::runtime_error("cannot create a temporary directory " + pattern);
-    return pattern;
-}
-
 // One CA per test process: every server of the process shares it, and
 // parallel test processes never rewrite each other's files.
 const std::string& ProcessTlsDir() {
@@ -171,21 +165,6 @@ std::string ScopedConfigFile::ToIni(const Sections& sections) {
         for (const auto& kv : section.second) text += kv.first + "=" + kv.second + "\n";
     }
     return text;
-}
-
-TempDir::TempDir() : m_path(MakeTempDir("ocw-test-")) {}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    std::filesystem::remove_all(m_path, ec);
-}
-
-std::string TempDir::writeFile(const std::string& name, const std::string& contents) const {
-    std::string path = m_path + "/" + name;
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << contents;
-    if (!out) throw std::runtime_error("cannot write " + path);
-    return path;
 }
 
 }  // namespace ocwtest

@@ -28,6 +28,8 @@
 #include <utility>
 #include <vector>
 
+#include "TempDir.h"
+
 namespace ocwtest {
 
 // One request as the server saw it, recorded before its answer was written,
@@ -135,22 +137,6 @@ public:
 private:
     std::string m_path;
     std::string m_previous;
-};
-
-// A fresh private temporary directory (mkdtemp), removed with its contents
-// when the object goes away.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::string& path() const { return m_path; }
-    // Writes a file below the directory and returns its full path.
-    std::string writeFile(const std::string& name, const std::string& contents) const;
-
-private:
-    std::string m_path;
 };
 
 }  // namespace ocwtest

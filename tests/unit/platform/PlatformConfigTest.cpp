@@ -78,7 +78,7 @@ TEST(PlatformConfig, GivesDefaultsWhenFileIsMissing) {
 
 TEST(PlatformConfig, FallsBackToFileNamedByEnvironment) {
     ocwtest::TempDir dir;
-    std::string path = dir.writeFile("env.ini", "[VirtualServer]\nnOCIPageLimit=77\n");
+    std::string path = dir.write("env.ini", "[VirtualServer]\nnOCIPageLimit=77\n");
     ScopedConfigFile cfg("");  // restores the previous file afterwards
     const char* old = getenv("OCW_CONFIG");
     std::string saved = old ? old : "";
@@ -94,12 +94,12 @@ TEST(PlatformConfig, FallsBackToFileNamedByEnvironment) {
 
 TEST(PlatformConfig, RereadsFileOnReloadAndCountsGenerations) {
     ocwtest::TempDir dir;
-    std::string path = dir.writeFile("a.ini", "[Base]\nnLogLevel=1\n");
+    std::string path = dir.write("a.ini", "[Base]\nnLogLevel=1\n");
     ScopedConfigFile cfg("");
     PlatformConfig::setConfigFile(path);
     unsigned long g1 = PlatformConfig::generation();
     EXPECT_EQ(PlatformConfig::getNumber("Base", "nLogLevel", 0), 1);
-    dir.writeFile("a.ini", "[Base]\nnLogLevel=3\n");
+    dir.write("a.ini", "[Base]\nnLogLevel=3\n");
     EXPECT_EQ(PlatformConfig::getNumber("Base", "nLogLevel", 0), 1) << "cached until reloaded";
     PlatformConfig::reload();
     EXPECT_EQ(PlatformConfig::getNumber("Base", "nLogLevel", 0), 3);

@@ -56,7 +56,7 @@ TEST(PathUtil, JoinPutsExactlyOneSlashBetweenParts) {
 TEST(FileUtil, ReadFileGivesWholeContentsOrTheSystemErrorText) {
     ocwtest::TempDir dir;
     std::string bytes("line1\n\0binary\xff", 14);
-    std::string path = dir.writeFile("f.bin", bytes);
+    std::string path = dir.write("f.bin", bytes);
     std::string contents, error;
     ASSERT_TRUE(FileUtil::ReadFile(path, contents, error));
     EXPECT_EQ(contents, bytes);
