@@ -173,7 +173,7 @@ TEST_F(OciConnectionRequest, WrongPassPhraseSetsTheDecryptErrorAndSendsNothing)
 
     // A missing key file is not a pass phrase problem: the last error stays as it was.
     TestConnection missing(true);
-    ASSERT_TRUE(missing.connect(kTenancy, "u|f|" + m_dir.file("absent.pem"), kPassphrase, OCI_SERVICE_CORE));
+    ASSERT_TRUE(missing.connect(kTenancy, "u|f|" + m_dir.path() + "/absent.pem", kPassphrase, OCI_SERVICE_CORE));
     missing.SetLastError("before");
     EXPECT_FALSE(missing.get("/20160918/instances", response, false, true));
     EXPECT_EQ(missing.GetLastError(), "before");

@@ -217,7 +217,7 @@ TEST_F(SigningTest, FailuresReportTheirCauseAndOnlyWrongPassPhraseSetsDecryptFla
     bool decryptFailed = false;
     std::string signature;
 
-    EXPECT_FALSE(sign(m_dir.file("missing.pem"), "d", SafeString("p"), decryptFailed, signature));
+    EXPECT_FALSE(sign(m_dir.path() + "/missing.pem", "d", SafeString("p"), decryptFailed, signature));
     EXPECT_FALSE(decryptFailed);
     EXPECT_TRUE(log.contains("Failed to read private key file. Error[No such file or directory]"));
     EXPECT_TRUE(log.contains("Failed to sign SHA256 digest"));

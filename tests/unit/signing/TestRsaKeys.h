@@ -6,16 +6,15 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include "../../support/TempDir.h"
 
 namespace ocw_test {
 
@@ -109,39 +108,6 @@ inline std::string base64Decode(const std::string& text)
     return out;
 }
 
-// A directory under /tmp removed with its files at the end of the test.
-class TempDir {
-public:
-    TempDir()
-    {
-        char pattern[] = "/tmp/ocw-signing-XXXXXX";
-        const char* made = mkdtemp(pattern);
-        if (made == nullptr) {
-            throw std::runtime_error("mkdtemp failed");
-        }
-        m_path = made;
-    }
-    ~TempDir()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    const std::string& path() const { return m_path; }
-    std::string file(const std::string& name) const { return m_path + "/" + name; }
-
-    // Writes through the same inode (truncate + write), as an editor that
-    // saves in place would.
-    std::string write(const std::string& name, const std::string& text) const
-    {
-        std::string p = file(name);
-        std::filesystem::create_directories(std::filesystem::path(p).parent_path());
-        std::ofstream out(p, std::ios::binary | std::ios::trunc);
-        out << text;
-        return p;
-    }
-
-private:
-    std::string m_path;
-};
+using ocwtest::TempDir;
 
 }  // namespace ocw_test
