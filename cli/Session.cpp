@@ -110,6 +110,10 @@ std::string Session::waitForState(const std::string& label, const std::function<
                                                 : std::chrono::milliseconds(200);
     std::string state;
     for (;;) {
+        // As in the library's waits, the first read comes after a full pause:
+        // right after the request the cloud may still report the state from
+        // before it, which can be a done state (a restore of an AVAILABLE database).
+        std::this_thread::sleep_for(pause);
         if (!attempt(label, [&](COracleCloudWrapper&) { return read(state); })) {
             progress.finish();
             throw failure(label);
@@ -129,7 +133,6 @@ std::string Session::waitForState(const std::string& label, const std::function<
             throw CliError(kExitFailure, label + ": still " + state + " after " +
                                              std::to_string(tunables.timeoutSeconds) + " s (nOCIOperationTimeout)");
         }
-        std::this_thread::sleep_for(pause);
     }
 }
 

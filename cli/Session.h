@@ -59,9 +59,10 @@ public:
     // The CliError for the last failed call.
     CliError failure(const std::string& what) const;
 
-    // Polls read() until it yields one of the done states, with progress on
-    // stderr. A failed state, a failed read or the timeout of the agent
-    // configuration ends the command. Returns the final state.
+    // Polls read() every nOCIOperationWaitTime seconds (0: 200 ms), the first
+    // time after one interval, until it yields one of the done states, with
+    // progress on stderr. A failed state, a failed read or the timeout of the
+    // agent configuration ends the command. Returns the final state.
     std::string waitForState(const std::string& label, const std::function<bool(std::string& state)>& read,
                              std::initializer_list<const char*> done, std::initializer_list<const char*> failed);
 

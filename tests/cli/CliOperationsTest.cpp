@@ -1,5 +1,10 @@
 // Operations through ocw change the emulated cloud as the commands say.
+#include <chrono>
+#include <thread>
+
 #include "CliFixture.h"
+#include "common/RequestLog.h"
+#include "common/Store.h"
 
 namespace ocwtest {
 namespace {
@@ -196,6 +201,48 @@ TEST_F(CliOperations, DatabaseBackupsAreListedBackedUpAndDeleted) {
 
     r = Ocw({"backups", "delete", backup});
     EXPECT_EQ(r.exitCode, 0) << r.err;
+}
+
+TEST_F(CliOperations, DatabaseRestoreWaitsPastTheStateTheCloudStillShowsRightAfterTheRequest) {
+    // A restore that keeps the database UPDATING for a while, and a cloud that
+    // goes on answering AVAILABLE for a moment after accepting it.
+    TempDir slowState;
+    ocwemu::Emulator slow(TestEmulatorOptions(slowState, 2500));
+    ASSERT_TRUE(slow.start()) << slow.lastError();
+    const auto run = [this, &slow](std::vector<std::string> args) {
+        args.insert(args.begin(), {"--config-file", slow.info().ociConfig, "--ini", slow.info().ini, "--json"});
+        return OcwRaw(args);
+    };
+    const std::string compartment = IdOf(Json(run({"compartments"})), "name", "ocw-demo-db");
+    const std::string database = IdOf(Json(run({"db", "databases", "-c", compartment})), "dbName", "DEMODB");
+    ASSERT_FALSE(database.empty());
+    {
+        std::lock_guard<std::mutex> lock(slow.store().mutex());
+        slow.store().hold(database, "AVAILABLE");
+    }
+    // The stale answer lasts well under ocw's poll interval (1 s in the
+    // emulator's ini) after the restore request.
+    std::thread catchUp([&slow, &database] {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        bool requested = false;
+        while (!requested && std::chrono::steady_clock::now() < deadline) {
+            for (const ocwemu::LoggedRequest& request : slow.requestLog().last(20)) {
+                requested = requested || (request.method == "POST" &&
+                                          request.target.find("/actions/restore") != std::string::npos);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        std::lock_guard<std::mutex> lock(slow.store().mutex());
+        slow.store().release(database);
+    });
+    const CliResult r = run({"db", "restore", database, "--latest"});
+    catchUp.join();
+
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Str(Json(r), "lifecycleState"), "AVAILABLE");
+    // ocw saw the restore under way instead of taking the stale AVAILABLE for its end.
+    EXPECT_NE(r.err.find("restore database DEMODB: UPDATING"), std::string::npos) << r.err;
 }
 
 }  // namespace
