@@ -1,4 +1,5 @@
 // Block and boot volumes, their attachments and their backups.
+#include "oci/OciRegionSwitch.h"
 #include "oci/OracleCloudInfrastructureOperationsInternal.h"
 
 namespace OracleCloudSDKWrapper {
@@ -13,33 +14,10 @@ namespace {
 bool IsBootVolumeId(const std::string& id) { return id.find(".bootvolume.") != std::string::npos; }
 bool MentionsBootVolume(const std::string& id) { return id.find("bootvolume") != std::string::npos; }
 
-// Switches the connection to another region for one call and back afterwards.
-class ScopedRegion {
-public:
-    ScopedRegion(COracleCloudBaseConnection* connection, const std::string& region) : m_connection(connection) {
-        if (region.empty()) return;
-        const std::string current = m_connection->getRegion();
-        if (current == region) return;
-        m_saved = current;
-        m_switched = true;
-        m_connection->setRegion(region);
-    }
-    ~ScopedRegion() {
-        if (m_switched) m_connection->setRegion(m_saved);
-    }
-    ScopedRegion(const ScopedRegion&) = delete;
-    ScopedRegion& operator=(const ScopedRegion&) = delete;
-
-private:
-    COracleCloudBaseConnection* m_connection;
-    std::string m_saved;
-    bool m_switched = false;
-};
-
 }  // namespace
 
 bool COracleCloudInfrastructureOperations::CreateVolume(SDiskInfoLib& disk, const std::string& region) {
-    ScopedRegion scope(m_connection, region);
+    OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
     const std::string body = JsonHelper::Serialize(ocioperations::CreateVolumeBody(disk));
     if (body.empty()) {
         return OCI_OPS_FAIL("The Request json could not be formed for creating volume instance");

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "oci/OciRegionSwitch.h"
 #include "oci/OracleCloudInfrastructureQueries.h"
 #include "oraclecloud/OracleCloudRecords.h"
 #include "parser/OracleCloudParser.h"
@@ -14,34 +15,6 @@
 #include "transport/OracleCloudBaseConnection.h"
 
 namespace OracleCloudSDKWrapper {
-
-// Switches the connection to another region for the life of the object and
-// back at its end, whatever way the engine leaves. A region equal to the
-// current one (or empty) changes nothing and logs nothing.
-class OciRegionSwitch {
-public:
-    OciRegionSwitch(COracleCloudBaseConnection* connection, const std::string& region, const EventBase* logContext)
-        : m_connection(connection), m_logContext(logContext) {
-        if (!region.empty() && region != m_connection->getRegion()) {
-            m_savedRegion = m_connection->getRegion();
-            m_connection->setRegion(region);
-            OCW_LOG_LVL(2, m_logContext, "Region set to: %s", m_connection->getRegion().c_str());
-        }
-    }
-    ~OciRegionSwitch() {
-        if (!m_savedRegion.empty()) {
-            m_connection->setRegion(m_savedRegion);
-            OCW_LOG_LVL(2, m_logContext, "Region reset to: %s", m_connection->getRegion().c_str());
-        }
-    }
-    OciRegionSwitch(const OciRegionSwitch&) = delete;
-    OciRegionSwitch& operator=(const OciRegionSwitch&) = delete;
-
-private:
-    COracleCloudBaseConnection* m_connection;
-    const EventBase* m_logContext;
-    std::string m_savedRegion;
-};
 
 // The lifecycle state of the records the filters and the probe look at.
 inline const std::string& OciLifecycleState(const SVMInfoLib& r) { return r.state; }
