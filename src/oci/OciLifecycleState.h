@@ -1,6 +1,7 @@
 #pragma once
 // Where each OCI record keeps its lifecycle state and its identifier, so the
-// generic waits can read and write the state of any record type. The records
+// generic waits and the queries' state filters can read and write the state of
+// any record type. The records
 // name these fields differently (state, status, lifecycleState); one overload
 // per record type keeps that knowledge in this file only.
 #include <string>

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "oci/OciLifecycleState.h"
 #include "oci/OciRegionSwitch.h"
 #include "oci/OracleCloudInfrastructureQueries.h"
 #include "oraclecloud/OracleCloudRecords.h"
@@ -15,13 +16,6 @@
 #include "transport/OracleCloudBaseConnection.h"
 
 namespace OracleCloudSDKWrapper {
-
-// The lifecycle state of the records the filters and the probe look at.
-inline const std::string& OciLifecycleState(const SVMInfoLib& r) { return r.state; }
-inline const std::string& OciLifecycleState(const SStorageAttachmentInfoLib& r) { return r.state; }
-inline const std::string& OciLifecycleState(const SImageInfoLib& r) { return r.lifecycleState; }
-inline const std::string& OciLifecycleState(const SDiskInfoLib& r) { return r.status; }
-inline const std::string& OciLifecycleState(const SVnicAttachmentInfoLib& r) { return r.lifecycleState; }
 
 template <bool Search, typename T>
 bool COracleCloudInfrastructureQueries::_CollectPages(const std::string& path, const std::string& searchBody,
@@ -106,7 +100,7 @@ bool COracleCloudInfrastructureQueries::_CheckIfResourceExists(const std::string
         OCW_LOG_ERROR(&m_debugLog, "Error parsing the response JSON");
         return false;
     }
-    exists = OciLifecycleState(record) != "TERMINATED";
+    exists = ocilifecycle::State(record) != "TERMINATED";
     return true;
 }
 
@@ -127,7 +121,7 @@ bool COracleCloudInfrastructureQueries::_ReadSingle(const std::string& path, EOr
 template <typename T>
 void COracleCloudInfrastructureQueries::_FilterDeletedItems(std::vector<T>& items, const std::string& state) {
     items.erase(std::remove_if(items.begin(), items.end(),
-                               [&state](const T& item) { return OciLifecycleState(item) == state; }),
+                               [&state](const T& item) { return ocilifecycle::State(item) == state; }),
                 items.end());
 }
 
@@ -137,7 +131,7 @@ bool COracleCloudInfrastructureQueries::_GetFirstNonDeletedItemFromList(const st
     // Callers rely on the whole list being walked: the last qualifying item wins.
     bool found = false;
     for (const T& item : items) {
-        if (OciLifecycleState(item) != state) {
+        if (ocilifecycle::State(item) != state) {
             record = item;
             found = true;
         }
