@@ -6,8 +6,6 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <memory>
 #include <sstream>
@@ -108,6 +106,8 @@ inline std::string base64Decode(const std::string& text)
     return out;
 }
 
+// Key files live in the shared temporary directory; the signing, connection
+// and benchmark code name it ocw_test::TempDir.
 using ocwtest::TempDir;
 
 }  // namespace ocw_test
