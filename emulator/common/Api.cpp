@@ -39,6 +39,12 @@ void ApiResponse::json(int statusCode, const JValue& doc) {
     contentType = "application/json";
 }
 
+void ApiResponse::jsonText(int statusCode, std::string text) {
+    status = statusCode;
+    body = std::move(text);
+    contentType = "application/json";
+}
+
 void ApiResponse::error(int statusCode, const std::string& code, const std::string& message) {
     json(statusCode, JObject{{"code", code}, {"message", message}});
 }

@@ -44,6 +44,8 @@ struct ApiResponse {
 
     void setHeader(const std::string& name, const std::string& value);
     void json(int statusCode, const JValue& doc);
+    // A body that already is serialised JSON.
+    void jsonText(int statusCode, std::string text);
     // {"code": code, "message": message} with the status, as every service answers errors.
     void error(int statusCode, const std::string& code, const std::string& message);
     void noContent(int statusCode = 204);

@@ -10,6 +10,7 @@
 // handler sees and changes a consistent world. Resource pointers stay valid
 // until clear().
 #include "common/JsonUtil.h"
+#include "common/ResourceDoc.h"
 
 #include <cstdint>
 #include <map>
@@ -27,16 +28,25 @@ struct StateStep {
     std::string state;
 };
 
+// A resource's answer text as last rendered, with what it was rendered from.
+struct RenderedText {
+    std::uint64_t docVersion = 0;
+    std::string state;
+    std::string json;  // empty: nothing rendered yet
+};
+
 struct Resource {
     std::string id;
     std::string kind;           // "instance", "volume", "bucket", ...
     std::string compartmentId;  // index key of lists; may be empty
     std::string region;         // empty for global resources
-    JObject doc;                // every member except "lifecycleState"
+    ResourceDoc doc;            // every member except "lifecycleState"
     std::vector<StateStep> timeline;  // ascending instants; never empty once added
     std::int64_t createdMs = 0;
     std::int64_t goneAtMs = 0;  // from this instant the resource answers 404 (0: never)
     std::uint64_t seq = 0;      // creation order
+    // Filled and read by RenderedJson (oci/OciService.h) under the store lock.
+    mutable RenderedText rendered;
 };
 
 class Store {

@@ -53,18 +53,18 @@ Resource& BlockStorageService::makeVolume(bool boot, const std::string& compartm
                                           const std::vector<std::pair<std::string, std::int64_t>>& steps) {
     Resource v = newResource(boot ? "bootvolume" : "volume", boot ? "bootvolume" : "volume", compartmentId, region,
                              nowMs);
-    v.doc["availabilityDomain"] = ad;
-    v.doc["displayName"] = name;
-    v.doc["sizeInGBs"] = sizeInGBs;
-    v.doc["sizeInMBs"] = sizeInGBs * 1024;
-    v.doc["vpusPerGB"] = 10;
-    v.doc["isAutoTuneEnabled"] = false;
-    v.doc["kmsKeyId"] = nullptr;
-    v.doc["volumeGroupId"] = nullptr;
-    v.doc["sourceDetails"] = nullptr;
-    v.doc["freeformTags"] = JObject{};
-    v.doc["definedTags"] = JObject{};
-    v.doc["systemTags"] = JObject{};
+    v.doc.set("availabilityDomain", ad);
+    v.doc.set("displayName", name);
+    v.doc.set("sizeInGBs", sizeInGBs);
+    v.doc.set("sizeInMBs", sizeInGBs * 1024);
+    v.doc.set("vpusPerGB", 10);
+    v.doc.set("isAutoTuneEnabled", false);
+    v.doc.set("kmsKeyId", nullptr);
+    v.doc.set("volumeGroupId", nullptr);
+    v.doc.set("sourceDetails", nullptr);
+    v.doc.set("freeformTags", JObject{});
+    v.doc.set("definedTags", JObject{});
+    v.doc.set("systemTags", JObject{});
     return addResource(std::move(v), nowMs, steps);
 }
 
@@ -92,19 +92,19 @@ Resource& BlockStorageService::createBootVolume(const Resource& instance, const 
     Resource& bv = makeVolume(true, instance.compartmentId, instance.region, JStr(instance.doc, "availabilityDomain"),
                               JStr(instance.doc, "displayName") + " (Boot Volume)", sizeInGBs, nowMs,
                               {{"PROVISIONING", 0}, {"AVAILABLE", delayMs}});
-    bv.doc["imageId"] = imageId;
+    bv.doc.set("imageId", imageId);
     return bv;
 }
 
 Resource& BlockStorageService::attachBootVolume(const Resource& instance, const Resource& bootVolume,
                                                 std::int64_t nowMs, std::int64_t delayMs) {
     Resource a = newResource("bootvolumeattachment", "bootvolumeattachment", instance.compartmentId, instance.region, nowMs);
-    a.doc["availabilityDomain"] = JStr(instance.doc, "availabilityDomain");
-    a.doc["bootVolumeId"] = bootVolume.id;
-    a.doc["instanceId"] = instance.id;
-    a.doc["displayName"] = "Remote boot attachment for instance";
-    a.doc["isPvEncryptionInTransitEnabled"] = false;
-    a.doc["encryptionInTransitType"] = "NONE";
+    a.doc.set("availabilityDomain", JStr(instance.doc, "availabilityDomain"));
+    a.doc.set("bootVolumeId", bootVolume.id);
+    a.doc.set("instanceId", instance.id);
+    a.doc.set("displayName", "Remote boot attachment for instance");
+    a.doc.set("isPvEncryptionInTransitEnabled", false);
+    a.doc.set("encryptionInTransitType", "NONE");
     return addResource(std::move(a), nowMs, {{"ATTACHING", 0}, {"ATTACHED", delayMs}});
 }
 
@@ -115,27 +115,27 @@ Resource& BlockStorageService::makeVolumeAttachment(const Resource& instance, co
     for (Resource* a : store_.list("volumeattachment", instance.compartmentId, nowMs))
         if (JStr(a->doc, "instanceId") == instance.id) ++index;
     Resource a = newResource("volumeattachment", "volumeattachment", instance.compartmentId, instance.region, nowMs);
-    a.doc["attachmentType"] = type;
-    a.doc["availabilityDomain"] = JStr(instance.doc, "availabilityDomain");
-    a.doc["instanceId"] = instance.id;
-    a.doc["volumeId"] = volume.id;
-    a.doc["displayName"] = JHas(body, "displayName") ? JStr(body, "displayName") : "volumeattachment" + std::to_string(index + 1);
+    a.doc.set("attachmentType", type);
+    a.doc.set("availabilityDomain", JStr(instance.doc, "availabilityDomain"));
+    a.doc.set("instanceId", instance.id);
+    a.doc.set("volumeId", volume.id);
+    a.doc.set("displayName", JHas(body, "displayName") ? JStr(body, "displayName") : "volumeattachment" + std::to_string(index + 1));
     std::string device = JStr(body, "device");
     if (device.empty()) device = std::string("/dev/oracleoci/oraclevd") + static_cast<char>('b' + index % 25);
-    a.doc["device"] = device;
-    a.doc["isReadOnly"] = JBool(body, "isReadOnly").value_or(false);
-    a.doc["isShareable"] = JBool(body, "isShareable").value_or(false);
-    a.doc["isPvEncryptionInTransitEnabled"] = JBool(body, "isPvEncryptionInTransitEnabled").value_or(false);
-    a.doc["isMultipath"] = false;
-    a.doc["isVolumeCreatedDuringLaunch"] = false;
+    a.doc.set("device", device);
+    a.doc.set("isReadOnly", JBool(body, "isReadOnly").value_or(false));
+    a.doc.set("isShareable", JBool(body, "isShareable").value_or(false));
+    a.doc.set("isPvEncryptionInTransitEnabled", JBool(body, "isPvEncryptionInTransitEnabled").value_or(false));
+    a.doc.set("isMultipath", false);
+    a.doc.set("isVolumeCreatedDuringLaunch", false);
     if (type == "iscsi") {
-        a.doc["iscsiLoginState"] = "UNKNOWN";
-        a.doc["isAgentAutoIscsiLoginEnabled"] = JBool(body, "isAgentAutoIscsiLoginEnabled").value_or(false);
-        a.doc["_ipv4"] = "169.254.2." + std::to_string(2 + index % 250);
-        a.doc["_iqn"] = "iqn.2015-12.com.oracleiaas:" + RandomUuid();
+        a.doc.set("iscsiLoginState", "UNKNOWN");
+        a.doc.set("isAgentAutoIscsiLoginEnabled", JBool(body, "isAgentAutoIscsiLoginEnabled").value_or(false));
+        a.doc.set("_ipv4", "169.254.2." + std::to_string(2 + index % 250));
+        a.doc.set("_iqn", "iqn.2015-12.com.oracleiaas:" + RandomUuid());
         if (JBool(body, "useChap").value_or(false)) {
-            a.doc["chapUsername"] = "ocid1.volume.chap";
-            a.doc["chapSecret"] = RandomAlnum(16);
+            a.doc.set("chapUsername", "ocid1.volume.chap");
+            a.doc.set("chapSecret", RandomAlnum(16));
         }
     }
     return addResource(std::move(a), nowMs, {{"ATTACHING", 0}, {"ATTACHED", delayMs}});
@@ -148,25 +148,25 @@ Resource& BlockStorageService::makeBackup(bool boot, const Resource& volume, con
                              volume.compartmentId, volume.region, nowMs);
     const std::int64_t size = JInt(volume.doc, "sizeInGBs").value_or(50);
     const std::int64_t unique = type == "FULL" ? size : std::max<std::int64_t>(1, size / 10);
-    b.doc["displayName"] = name;
-    b.doc[boot ? "bootVolumeId" : "volumeId"] = volume.id;
-    b.doc["type"] = type;
-    b.doc["sourceType"] = "MANUAL";
-    b.doc["sizeInGBs"] = size;
-    b.doc["uniqueSizeInGBs"] = unique;
+    b.doc.set("displayName", name);
+    b.doc.set(boot ? "bootVolumeId" : "volumeId", volume.id);
+    b.doc.set("type", type);
+    b.doc.set("sourceType", "MANUAL");
+    b.doc.set("sizeInGBs", size);
+    b.doc.set("uniqueSizeInGBs", unique);
     if (!boot) {
-        b.doc["sizeInMBs"] = size * 1024;
-        b.doc["uniqueSizeInMbs"] = unique * 1024;
+        b.doc.set("sizeInMBs", size * 1024);
+        b.doc.set("uniqueSizeInMbs", unique * 1024);
     } else {
-        b.doc["imageId"] = JStr(volume.doc, "imageId");
+        b.doc.set("imageId", JStr(volume.doc, "imageId"));
     }
-    b.doc["timeRequestReceived"] = Rfc3339(nowMs);
-    b.doc["expirationTime"] = nullptr;
-    b.doc["kmsKeyId"] = nullptr;
-    b.doc["freeformTags"] = JObject{};
-    b.doc["definedTags"] = JObject{};
-    b.doc["systemTags"] = JObject{};
-    b.doc["_availabilityDomain"] = JStr(volume.doc, "availabilityDomain");
+    b.doc.set("timeRequestReceived", Rfc3339(nowMs));
+    b.doc.set("expirationTime", nullptr);
+    b.doc.set("kmsKeyId", nullptr);
+    b.doc.set("freeformTags", JObject{});
+    b.doc.set("definedTags", JObject{});
+    b.doc.set("systemTags", JObject{});
+    b.doc.set("_availabilityDomain", JStr(volume.doc, "availabilityDomain"));
     return addResource(std::move(b), nowMs, steps);
 }
 
@@ -266,9 +266,9 @@ void BlockStorageService::createVolume(ApiRequest& req, ApiResponse& res) {
     const bool restoring = sourceType == "volumeBackup";
     Resource& v = makeVolume(false, c, req.region, ad, name, size, req.nowMs,
                              {{restoring ? "RESTORING" : "PROVISIONING", 0}, {"AVAILABLE", P()}});
-    if (source) v.doc["sourceDetails"] = JObject{{"type", sourceType}, {"id", sourceId}};
-    if (auto vpus = JInt(body, "vpusPerGB")) v.doc["vpusPerGB"] = *vpus;
-    CopyMembers(body, v.doc, {"freeformTags", "definedTags", "kmsKeyId"});
+    if (source) v.doc.set("sourceDetails", JObject{{"type", sourceType}, {"id", sourceId}});
+    if (auto vpus = JInt(body, "vpusPerGB")) v.doc.set("vpusPerGB", *vpus);
+    CopyMembers(body, v.doc.edit(), {"freeformTags", "definedTags", "kmsKeyId"});
     respondOne(res, v, req.nowMs);
 }
 
@@ -280,10 +280,10 @@ void BlockStorageService::updateVolume(ApiRequest& req, ApiResponse& res) {
     if (stateOf(*v, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
     if (auto s = JInt(body, "sizeInGBs")) {
         if (*s < JInt(v->doc, "sizeInGBs").value_or(0)) return err::InvalidParameter(res, "A volume cannot shrink.");
-        v->doc["sizeInGBs"] = *s;
-        v->doc["sizeInMBs"] = *s * 1024;
+        v->doc.set("sizeInGBs", *s);
+        v->doc.set("sizeInMBs", *s * 1024);
     }
-    CopyMembers(body, v->doc, {"displayName", "freeformTags", "definedTags", "vpusPerGB"});
+    CopyMembers(body, v->doc.edit(), {"displayName", "freeformTags", "definedTags", "vpusPerGB"});
     respondOne(res, *v, req.nowMs);
 }
 
@@ -311,9 +311,9 @@ void BlockStorageService::createBootVolumeApi(ApiRequest& req, ApiResponse& res)
     if (name.empty()) name = "bootvolume" + std::to_string(req.nowMs % 1000000);
     Resource& v = makeVolume(true, c, req.region, ad, name, size, req.nowMs,
                              {{type == "bootVolumeBackup" ? "RESTORING" : "PROVISIONING", 0}, {"AVAILABLE", P()}});
-    v.doc["imageId"] = JStr(source->doc, "imageId");
-    v.doc["sourceDetails"] = JObject{{"type", type}, {"id", id}};
-    CopyMembers(body, v.doc, {"freeformTags", "definedTags", "kmsKeyId"});
+    v.doc.set("imageId", JStr(source->doc, "imageId"));
+    v.doc.set("sourceDetails", JObject{{"type", type}, {"id", id}});
+    CopyMembers(body, v.doc.edit(), {"freeformTags", "definedTags", "kmsKeyId"});
     respondOne(res, v, req.nowMs);
 }
 
@@ -423,7 +423,7 @@ void BlockStorageService::attachBootVolumeApi(ApiRequest& req, ApiResponse& res)
         if (JStr(a->doc, "instanceId") == inst->id && !Detached(stateOf(*a, req.nowMs)))
             return err::Conflict(res, "The instance already has a boot volume.");
     Resource& a = attachBootVolume(*inst, *bv, req.nowMs, P());
-    if (JHas(body, "displayName")) a.doc["displayName"] = JStr(body, "displayName");
+    if (JHas(body, "displayName")) a.doc.set("displayName", JStr(body, "displayName"));
     respondOne(res, a, req.nowMs);
 }
 
@@ -475,7 +475,7 @@ void BlockStorageService::createBackup(ApiRequest& req, ApiResponse& res, bool b
     if (name.empty()) name = JStr(v->doc, "displayName") + " backup";
     Resource& b = makeBackup(boot, *v, name, type, req.nowMs,
                              {{"REQUEST_RECEIVED", 0}, {"CREATING", P() / 3}, {"AVAILABLE", P()}});
-    CopyMembers(body, b.doc, {"freeformTags", "definedTags", "kmsKeyId"});
+    CopyMembers(body, b.doc.edit(), {"freeformTags", "definedTags", "kmsKeyId"});
     respondOne(res, b, req.nowMs);
 }
 

@@ -105,44 +105,44 @@ Resource* ComputeService::launch(const std::string& region, std::int64_t nowMs, 
     Resource inst = newResource("instance", "instance", c, region, nowMs);
     std::string name = JStr(body, "displayName");
     if (name.empty()) name = "instance" + std::to_string(nowMs % 100000000);
-    inst.doc["availabilityDomain"] = ad;
-    inst.doc["region"] = world_.instanceRegionValue(region);
-    inst.doc["shape"] = shapeName;
-    inst.doc["displayName"] = name;
+    inst.doc.set("availabilityDomain", ad);
+    inst.doc.set("region", world_.instanceRegionValue(region));
+    inst.doc.set("shape", shapeName);
+    inst.doc.set("displayName", name);
     std::string fd = JStr(body, "faultDomain");
-    inst.doc["faultDomain"] = fd.empty() ? "FAULT-DOMAIN-" + std::to_string(1 + nowMs % 3) : fd;
-    inst.doc["imageId"] = image ? JValue(image->id) : JValue(nullptr);
+    inst.doc.set("faultDomain", fd.empty() ? "FAULT-DOMAIN-" + std::to_string(1 + nowMs % 3) : fd);
+    inst.doc.set("imageId", image ? JValue(image->id) : JValue(nullptr));
     if (sourceType == "image") {
         JObject sd{{"sourceType", "image"}, {"imageId", image->id}, {"bootVolumeSizeInGBs", bootSize}};
-        inst.doc["sourceDetails"] = sd;
+        inst.doc.set("sourceDetails", sd);
     } else {
-        inst.doc["sourceDetails"] = JObject{{"sourceType", "bootVolume"}, {"bootVolumeId", bootVolume->id}};
+        inst.doc.set("sourceDetails", JObject{{"sourceType", "bootVolume"}, {"bootVolumeId", bootVolume->id}});
     }
-    inst.doc["shapeConfig"] = InstanceShapeConfig(*shape, ocpus, memory);
-    inst.doc["metadata"] = JObj(body, "metadata") ? body.at("metadata") : JValue(JObject{});
-    inst.doc["extendedMetadata"] = JObj(body, "extendedMetadata") ? body.at("extendedMetadata") : JValue(JObject{});
-    inst.doc["launchMode"] = image ? JStr(image->doc, "launchMode") : std::string("PARAVIRTUALIZED");
-    inst.doc["launchOptions"] = JObject{{"bootVolumeType", "PARAVIRTUALIZED"},
-                                        {"firmware", "UEFI_64"},
-                                        {"networkType", "PARAVIRTUALIZED"},
-                                        {"remoteDataVolumeType", "PARAVIRTUALIZED"},
-                                        {"isPvEncryptionInTransitEnabled", false},
-                                        {"isConsistentVolumeNamingEnabled", true}};
-    inst.doc["instanceOptions"] = JObject{{"areLegacyImdsEndpointsDisabled", false}};
-    inst.doc["availabilityConfig"] =
-        JObject{{"isLiveMigrationPreferred", nullptr}, {"recoveryAction", "RESTORE_INSTANCE"}};
-    inst.doc["agentConfig"] = JObject{{"isMonitoringDisabled", false},
-                                      {"isManagementDisabled", false},
-                                      {"areAllPluginsDisabled", false},
-                                      {"pluginsConfig", nullptr}};
-    inst.doc["freeformTags"] = JObj(body, "freeformTags") ? body.at("freeformTags") : JValue(JObject{});
-    inst.doc["definedTags"] = JObj(body, "definedTags") ? body.at("definedTags") : JValue(JObject{});
-    inst.doc["systemTags"] = JObject{};
-    inst.doc["timeMaintenanceRebootDue"] = nullptr;
+    inst.doc.set("shapeConfig", InstanceShapeConfig(*shape, ocpus, memory));
+    inst.doc.set("metadata", JObj(body, "metadata") ? body.at("metadata") : JValue(JObject{}));
+    inst.doc.set("extendedMetadata", JObj(body, "extendedMetadata") ? body.at("extendedMetadata") : JValue(JObject{}));
+    inst.doc.set("launchMode", image ? JStr(image->doc, "launchMode") : std::string("PARAVIRTUALIZED"));
+    inst.doc.set("launchOptions", JObject{{"bootVolumeType", "PARAVIRTUALIZED"},
+                                          {"firmware", "UEFI_64"},
+                                          {"networkType", "PARAVIRTUALIZED"},
+                                          {"remoteDataVolumeType", "PARAVIRTUALIZED"},
+                                          {"isPvEncryptionInTransitEnabled", false},
+                                          {"isConsistentVolumeNamingEnabled", true}});
+    inst.doc.set("instanceOptions", JObject{{"areLegacyImdsEndpointsDisabled", false}});
+    inst.doc.set("availabilityConfig",
+                 JObject{{"isLiveMigrationPreferred", nullptr}, {"recoveryAction", "RESTORE_INSTANCE"}});
+    inst.doc.set("agentConfig", JObject{{"isMonitoringDisabled", false},
+                                        {"isManagementDisabled", false},
+                                        {"areAllPluginsDisabled", false},
+                                        {"pluginsConfig", nullptr}});
+    inst.doc.set("freeformTags", JObj(body, "freeformTags") ? body.at("freeformTags") : JValue(JObject{}));
+    inst.doc.set("definedTags", JObj(body, "definedTags") ? body.at("definedTags") : JValue(JObject{}));
+    inst.doc.set("systemTags", JObject{});
+    inst.doc.set("timeMaintenanceRebootDue", nullptr);
     if (image) {
         std::string os = JStr(image->doc, "operatingSystem");
         std::transform(os.begin(), os.end(), os.begin(), [](unsigned char ch) { return std::tolower(ch); });
-        if (os.find("windows") != std::string::npos) inst.doc["_password"] = RandomAlnum(12) + "Aa1!";
+        if (os.find("windows") != std::string::npos) inst.doc.set("_password", RandomAlnum(12) + "Aa1!");
     }
     Resource& added = addResource(std::move(inst), nowMs, {{"PROVISIONING", 0}, {"RUNNING", delayMs}});
 
@@ -196,7 +196,7 @@ void ComputeService::updateInstance(ApiRequest& req, ApiResponse& res) {
     if (!inst) return;
     const std::string s = stateOf(*inst, req.nowMs);
     if (s == "TERMINATING" || s == "TERMINATED") return err::IncorrectState(res, "The instance is " + s + ".");
-    CopyMembers(body, inst->doc, {"displayName", "metadata", "extendedMetadata", "freeformTags", "definedTags",
+    CopyMembers(body, inst->doc.edit(), {"displayName", "metadata", "extendedMetadata", "freeformTags", "definedTags",
                                   "agentConfig", "faultDomain"});
     respondOne(res, *inst, req.nowMs);
 }

@@ -67,78 +67,78 @@ Resource* DatabaseService::launch(const std::string& region, std::int64_t nowMs,
     if (name.empty()) name = "dbsystem" + std::to_string(nowMs % 100000000);
     const std::int64_t nodes = JInt(body, "nodeCount").value_or(1);
     Resource sys = newResource("dbsystem", "dbsystem", c, region, nowMs);
-    sys.doc["displayName"] = name;
-    sys.doc["availabilityDomain"] = ad;
-    sys.doc["subnetId"] = subnet->id;
-    sys.doc["shape"] = JStr(body, "shape");
-    sys.doc["sshPublicKeys"] = *keys;
-    sys.doc["hostname"] = JStr(body, "hostname");
+    sys.doc.set("displayName", name);
+    sys.doc.set("availabilityDomain", ad);
+    sys.doc.set("subnetId", subnet->id);
+    sys.doc.set("shape", JStr(body, "shape"));
+    sys.doc.set("sshPublicKeys", *keys);
+    sys.doc.set("hostname", JStr(body, "hostname"));
     std::string domain = JStr(body, "domain");
-    sys.doc["domain"] = domain.empty() ? JStr(subnet->doc, "subnetDomainName") : domain;
-    sys.doc["databaseEdition"] = edition;
-    sys.doc["cpuCoreCount"] = JInt(body, "cpuCoreCount").value_or(1);
-    sys.doc["dataStorageSizeInGBs"] = JInt(body, "initialDataStorageSizeInGB").value_or(256);
-    sys.doc["recoStorageSizeInGB"] = 256;
-    sys.doc["dataStoragePercentage"] = 80;
-    sys.doc["nodeCount"] = nodes;
-    sys.doc["version"] = dbVersion;
-    sys.doc["osVersion"] = "8.8";
-    sys.doc["licenseModel"] = JHas(body, "licenseModel") ? JStr(body, "licenseModel") : "LICENSE_INCLUDED";
-    sys.doc["diskRedundancy"] = JHas(body, "diskRedundancy") ? JStr(body, "diskRedundancy") : "HIGH";
-    sys.doc["listenerPort"] = 1521;
-    sys.doc["scanIpIds"] = JArray{};
-    sys.doc["vipIds"] = JArray{};
-    sys.doc["scanDnsName"] = nullptr;
-    sys.doc["faultDomains"] = JArray{JValue("FAULT-DOMAIN-1")};
-    sys.doc["lifecycleDetails"] = nullptr;
-    sys.doc["timeZone"] = "UTC";
-    sys.doc["dbSystemOptions"] = JObject{{"storageManagement", "LVM"}};
-    sys.doc["freeformTags"] = JObj(body, "freeformTags") ? body.at("freeformTags") : JValue(JObject{});
-    sys.doc["definedTags"] = JObject{};
+    sys.doc.set("domain", domain.empty() ? JStr(subnet->doc, "subnetDomainName") : domain);
+    sys.doc.set("databaseEdition", edition);
+    sys.doc.set("cpuCoreCount", JInt(body, "cpuCoreCount").value_or(1));
+    sys.doc.set("dataStorageSizeInGBs", JInt(body, "initialDataStorageSizeInGB").value_or(256));
+    sys.doc.set("recoStorageSizeInGB", 256);
+    sys.doc.set("dataStoragePercentage", 80);
+    sys.doc.set("nodeCount", nodes);
+    sys.doc.set("version", dbVersion);
+    sys.doc.set("osVersion", "8.8");
+    sys.doc.set("licenseModel", JHas(body, "licenseModel") ? JStr(body, "licenseModel") : "LICENSE_INCLUDED");
+    sys.doc.set("diskRedundancy", JHas(body, "diskRedundancy") ? JStr(body, "diskRedundancy") : "HIGH");
+    sys.doc.set("listenerPort", 1521);
+    sys.doc.set("scanIpIds", JArray{});
+    sys.doc.set("vipIds", JArray{});
+    sys.doc.set("scanDnsName", nullptr);
+    sys.doc.set("faultDomains", JArray{JValue("FAULT-DOMAIN-1")});
+    sys.doc.set("lifecycleDetails", nullptr);
+    sys.doc.set("timeZone", "UTC");
+    sys.doc.set("dbSystemOptions", JObject{{"storageManagement", "LVM"}});
+    sys.doc.set("freeformTags", JObj(body, "freeformTags") ? body.at("freeformTags") : JValue(JObject{}));
+    sys.doc.set("definedTags", JObject{});
     Resource& s = addResource(std::move(sys), nowMs, steps);
 
     Resource h = newResource("dbhome", "dbhome", c, region, nowMs);
-    h.doc["displayName"] = JHas(*home, "displayName") ? JStr(*home, "displayName") : "dbhome" + std::to_string(nowMs % 100000);
-    h.doc["dbSystemId"] = s.id;
-    h.doc["dbVersion"] = dbVersion;
-    h.doc["dbHomeLocation"] = "/u01/app/oracle/product/" + dbVersion.substr(0, dbVersion.find('.')) + ".0.0.0/dbhome_1";
-    h.doc["lastPatchHistoryEntryId"] = nullptr;
-    h.doc["freeformTags"] = JObject{};
-    h.doc["definedTags"] = JObject{};
+    h.doc.set("displayName", JHas(*home, "displayName") ? JStr(*home, "displayName") : "dbhome" + std::to_string(nowMs % 100000));
+    h.doc.set("dbSystemId", s.id);
+    h.doc.set("dbVersion", dbVersion);
+    h.doc.set("dbHomeLocation", "/u01/app/oracle/product/" + dbVersion.substr(0, dbVersion.find('.')) + ".0.0.0/dbhome_1");
+    h.doc.set("lastPatchHistoryEntryId", nullptr);
+    h.doc.set("freeformTags", JObject{});
+    h.doc.set("definedTags", JObject{});
     Resource& hm = addResource(std::move(h), nowMs, steps);
 
     Resource d = newResource("database", "database", c, region, nowMs);
-    d.doc["dbName"] = dbName;
-    d.doc["dbUniqueName"] = dbName + "_" + RandomAlnum(8);
-    d.doc["dbHomeId"] = hm.id;
-    d.doc["dbSystemId"] = s.id;
-    d.doc["pdbName"] = JHas(*db, "pdbName") ? JValue(JStr(*db, "pdbName")) : JValue(nullptr);
-    d.doc["characterSet"] = JHas(*db, "characterSet") ? JStr(*db, "characterSet") : "AL32UTF8";
-    d.doc["ncharacterSet"] = JHas(*db, "ncharacterSet") ? JStr(*db, "ncharacterSet") : "AL16UTF16";
-    d.doc["dbWorkload"] = JHas(*db, "dbWorkload") ? JStr(*db, "dbWorkload") : "OLTP";
-    d.doc["isCdb"] = true;
-    d.doc["lifecycleDetails"] = nullptr;
-    d.doc["lastBackupTimestamp"] = nullptr;
+    d.doc.set("dbName", dbName);
+    d.doc.set("dbUniqueName", dbName + "_" + RandomAlnum(8));
+    d.doc.set("dbHomeId", hm.id);
+    d.doc.set("dbSystemId", s.id);
+    d.doc.set("pdbName", JHas(*db, "pdbName") ? JValue(JStr(*db, "pdbName")) : JValue(nullptr));
+    d.doc.set("characterSet", JHas(*db, "characterSet") ? JStr(*db, "characterSet") : "AL32UTF8");
+    d.doc.set("ncharacterSet", JHas(*db, "ncharacterSet") ? JStr(*db, "ncharacterSet") : "AL16UTF16");
+    d.doc.set("dbWorkload", JHas(*db, "dbWorkload") ? JStr(*db, "dbWorkload") : "OLTP");
+    d.doc.set("isCdb", true);
+    d.doc.set("lifecycleDetails", nullptr);
+    d.doc.set("lastBackupTimestamp", nullptr);
     const JObject* cfg = JObj(*db, "dbBackupConfig");
-    d.doc["dbBackupConfig"] = JObject{{"autoBackupEnabled", cfg ? JBool(*cfg, "autoBackupEnabled").value_or(false) : false}};
+    d.doc.set("dbBackupConfig", JObject{{"autoBackupEnabled", cfg ? JBool(*cfg, "autoBackupEnabled").value_or(false) : false}});
     const std::string host = JStr(body, "hostname") + "." + JStr(s.doc, "domain");
-    d.doc["connectionStrings"] = JObject{{"cdbDefault", host + ":1521/" + JStr(d.doc, "dbUniqueName") + "." + JStr(s.doc, "domain")},
-                                         {"cdbIpDefault", nullptr},
-                                         {"allConnectionStrings", JObject{}}};
-    d.doc["freeformTags"] = JObject{};
-    d.doc["definedTags"] = JObject{};
+    d.doc.set("connectionStrings", JObject{{"cdbDefault", host + ":1521/" + JStr(d.doc, "dbUniqueName") + "." + JStr(s.doc, "domain")},
+                                           {"cdbIpDefault", nullptr},
+                                           {"allConnectionStrings", JObject{}}});
+    d.doc.set("freeformTags", JObject{});
+    d.doc.set("definedTags", JObject{});
     addResource(std::move(d), nowMs, steps);
 
     for (std::int64_t i = 0; i < nodes; ++i) {
         Resource n = newResource("dbnode", "dbnode", c, region, nowMs);
-        n.doc.erase("compartmentId");  // DbNode carries no compartment member
-        n.doc["dbSystemId"] = s.id;
-        n.doc["vnicId"] = MakeOcid("vnic", world_.ocidRegion(region));
-        n.doc["backupVnicId"] = nullptr;
-        n.doc["hostname"] = JStr(body, "hostname") + (nodes > 1 ? std::to_string(i + 1) : "");
-        n.doc["faultDomain"] = "FAULT-DOMAIN-" + std::to_string(1 + i % 3);
-        n.doc["softwareStorageSizeInGB"] = 200;
-        n.doc["maintenanceType"] = nullptr;
+        n.doc.edit().erase("compartmentId");  // DbNode carries no compartment member
+        n.doc.set("dbSystemId", s.id);
+        n.doc.set("vnicId", MakeOcid("vnic", world_.ocidRegion(region)));
+        n.doc.set("backupVnicId", nullptr);
+        n.doc.set("hostname", JStr(body, "hostname") + (nodes > 1 ? std::to_string(i + 1) : ""));
+        n.doc.set("faultDomain", "FAULT-DOMAIN-" + std::to_string(1 + i % 3));
+        n.doc.set("softwareStorageSizeInGB", 200);
+        n.doc.set("maintenanceType", nullptr);
         addResource(std::move(n), nowMs, steps);
     }
     return &s;
@@ -168,21 +168,21 @@ Resource& DatabaseService::makeBackup(const Resource& database, const std::strin
                                       std::int64_t nowMs) {
     Resource* sys = store_.get(JStr(database.doc, "dbSystemId"), nowMs, "dbsystem");
     Resource b = newResource("dbbackup", "dbbackup", database.compartmentId, database.region, nowMs);
-    b.doc["databaseId"] = database.id;
-    b.doc["displayName"] = name;
-    b.doc["availabilityDomain"] = sys ? JStr(sys->doc, "availabilityDomain") : std::string();
-    b.doc["type"] = "FULL";
-    b.doc["timeStarted"] = Rfc3339(nowMs);
-    b.doc["timeEnded"] = Rfc3339(nowMs + steps.back().second);
-    b.doc["databaseEdition"] = sys ? JStr(sys->doc, "databaseEdition") : std::string();
-    b.doc["databaseSizeInGBs"] = 42.5;
-    b.doc["shape"] = sys ? JStr(sys->doc, "shape") : std::string();
-    b.doc["version"] = sys ? JStr(sys->doc, "version") : std::string();
-    b.doc["backupDestinationType"] = "OBJECT_STORE";
-    b.doc["lifecycleDetails"] = nullptr;
-    b.doc["kmsKeyId"] = nullptr;
-    b.doc["isUsingOracleManagedKeys"] = true;
-    b.doc.erase("timeCreated");  // Backup reports timeStarted/timeEnded instead
+    b.doc.set("databaseId", database.id);
+    b.doc.set("displayName", name);
+    b.doc.set("availabilityDomain", sys ? JStr(sys->doc, "availabilityDomain") : std::string());
+    b.doc.set("type", "FULL");
+    b.doc.set("timeStarted", Rfc3339(nowMs));
+    b.doc.set("timeEnded", Rfc3339(nowMs + steps.back().second));
+    b.doc.set("databaseEdition", sys ? JStr(sys->doc, "databaseEdition") : std::string());
+    b.doc.set("databaseSizeInGBs", 42.5);
+    b.doc.set("shape", sys ? JStr(sys->doc, "shape") : std::string());
+    b.doc.set("version", sys ? JStr(sys->doc, "version") : std::string());
+    b.doc.set("backupDestinationType", "OBJECT_STORE");
+    b.doc.set("lifecycleDetails", nullptr);
+    b.doc.set("kmsKeyId", nullptr);
+    b.doc.set("isUsingOracleManagedKeys", true);
+    b.doc.edit().erase("timeCreated");  // Backup reports timeStarted/timeEnded instead
     return addResource(std::move(b), nowMs, steps);
 }
 
@@ -305,9 +305,9 @@ void DatabaseService::createBackup(ApiRequest& req, ApiResponse& res) {
     if (!d) return err::NotFound(res);
     if (stateOf(*d, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The database is not AVAILABLE.");
     store_.schedule(*d, req.nowMs, {{"BACKUP_IN_PROGRESS", 0}, {"AVAILABLE", P()}});
-    d->doc["lastBackupTimestamp"] = Rfc3339(req.nowMs + P());
+    d->doc.set("lastBackupTimestamp", Rfc3339(req.nowMs + P()));
     Resource& b = makeBackup(*d, name, {{"CREATING", 0}, {"ACTIVE", P()}}, req.nowMs);
-    if (auto days = JInt(body, "retentionPeriodInDays")) b.doc["retentionPeriodInDays"] = *days;
+    if (auto days = JInt(body, "retentionPeriodInDays")) b.doc.set("retentionPeriodInDays", *days);
     respondOne(res, b, req.nowMs);
     setWorkRequest(res, req.region);
 }

@@ -28,11 +28,11 @@ void IdentityService::registerRoutes(Router& r) {
 Resource& IdentityService::seedCompartment(const std::string& parentId, const std::string& name,
                                            std::int64_t nowMs) {
     Resource c = newResource("compartment", "compartment", parentId, "", nowMs);
-    c.doc["name"] = name;
-    c.doc["description"] = "Compartment " + name;
-    c.doc["isAccessible"] = true;
-    c.doc["freeformTags"] = JObject{};
-    c.doc["definedTags"] = JObject{};
+    c.doc.set("name", name);
+    c.doc.set("description", "Compartment " + name);
+    c.doc.set("isAccessible", true);
+    c.doc.set("freeformTags", JObject{});
+    c.doc.set("definedTags", JObject{});
     return addResource(std::move(c), nowMs, {{"ACTIVE", 0}});
 }
 
@@ -134,11 +134,11 @@ void IdentityService::createCompartment(ApiRequest& req, ApiResponse& res) {
             return res.error(409, "NotAuthorizedOrResourceAlreadyExists",
                              "A compartment named '" + name + "' already exists in the parent compartment.");
     Resource c = newResource("compartment", "compartment", parent, "", req.nowMs);
-    c.doc["name"] = name;
-    c.doc["description"] = description;
-    c.doc["isAccessible"] = true;
-    c.doc["freeformTags"] = body.contains("freeformTags") ? body["freeformTags"] : JValue(JObject{});
-    c.doc["definedTags"] = body.contains("definedTags") ? body["definedTags"] : JValue(JObject{});
+    c.doc.set("name", name);
+    c.doc.set("description", description);
+    c.doc.set("isAccessible", true);
+    c.doc.set("freeformTags", body.contains("freeformTags") ? body["freeformTags"] : JValue(JObject{}));
+    c.doc.set("definedTags", body.contains("definedTags") ? body["definedTags"] : JValue(JObject{}));
     Resource& added = addResource(std::move(c), req.nowMs, {{"CREATING", 0}, {"ACTIVE", P()}});
     respondOne(res, added, req.nowMs);
 }
@@ -149,7 +149,7 @@ void IdentityService::updateCompartment(ApiRequest& req, ApiResponse& res) {
     Resource* c = findOr404(req, res, req.path("compartmentId"), "compartment");
     if (!c) return;
     if (stateOf(*c, req.nowMs) != "ACTIVE") return err::IncorrectState(res, "The compartment is not ACTIVE.");
-    CopyMembers(body, c->doc, {"name", "description", "freeformTags", "definedTags"});
+    CopyMembers(body, c->doc.edit(), {"name", "description", "freeformTags", "definedTags"});
     respondOne(res, *c, req.nowMs);
 }
 

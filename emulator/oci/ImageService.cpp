@@ -23,25 +23,25 @@ Resource& ImageService::makeImage(const std::string& compartmentId, const std::s
                                   const std::string& launchMode, std::int64_t sizeInMBs, std::int64_t nowMs,
                                   const std::vector<std::pair<std::string, std::int64_t>>& steps) {
     Resource img = newResource("image", "image", compartmentId, region, nowMs);
-    if (compartmentId.empty()) img.doc["compartmentId"] = nullptr;
-    img.doc["displayName"] = name;
-    img.doc["operatingSystem"] = os;
-    img.doc["operatingSystemVersion"] = osVersion;
-    img.doc["createImageAllowed"] = true;
-    img.doc["launchMode"] = launchMode;
-    img.doc["baseImageId"] = nullptr;
-    img.doc["sizeInMBs"] = sizeInMBs;
-    img.doc["billableSizeInGBs"] = compartmentId.empty() ? JValue(nullptr) : JValue(sizeInMBs / 1024 + 1);
-    img.doc["listingType"] = "NONE";
-    img.doc["agentFeatures"] = nullptr;
-    img.doc["launchOptions"] = JObject{{"bootVolumeType", "PARAVIRTUALIZED"},
-                                       {"firmware", "UEFI_64"},
-                                       {"networkType", "PARAVIRTUALIZED"},
-                                       {"remoteDataVolumeType", "PARAVIRTUALIZED"},
-                                       {"isPvEncryptionInTransitEnabled", false},
-                                       {"isConsistentVolumeNamingEnabled", true}};
-    img.doc["freeformTags"] = JObject{};
-    img.doc["definedTags"] = JObject{};
+    if (compartmentId.empty()) img.doc.set("compartmentId", nullptr);
+    img.doc.set("displayName", name);
+    img.doc.set("operatingSystem", os);
+    img.doc.set("operatingSystemVersion", osVersion);
+    img.doc.set("createImageAllowed", true);
+    img.doc.set("launchMode", launchMode);
+    img.doc.set("baseImageId", nullptr);
+    img.doc.set("sizeInMBs", sizeInMBs);
+    img.doc.set("billableSizeInGBs", compartmentId.empty() ? JValue(nullptr) : JValue(sizeInMBs / 1024 + 1));
+    img.doc.set("listingType", "NONE");
+    img.doc.set("agentFeatures", nullptr);
+    img.doc.set("launchOptions", JObject{{"bootVolumeType", "PARAVIRTUALIZED"},
+                                         {"firmware", "UEFI_64"},
+                                         {"networkType", "PARAVIRTUALIZED"},
+                                         {"remoteDataVolumeType", "PARAVIRTUALIZED"},
+                                         {"isPvEncryptionInTransitEnabled", false},
+                                         {"isConsistentVolumeNamingEnabled", true}});
+    img.doc.set("freeformTags", JObject{});
+    img.doc.set("definedTags", JObject{});
     return addResource(std::move(img), nowMs, steps);
 }
 
@@ -87,7 +87,7 @@ void ImageService::createImage(ApiRequest& req, ApiResponse& res) {
         Resource& img = makeImage(c, req.region, name, base ? JStr(base->doc, "operatingSystem") : "Custom",
                                   base ? JStr(base->doc, "operatingSystemVersion") : "", JStr(inst->doc, "launchMode"),
                                   47694, req.nowMs, {{"PROVISIONING", 0}, {"AVAILABLE", P()}});
-        img.doc["baseImageId"] = base ? JValue(base->id) : JValue(nullptr);
+        img.doc.set("baseImageId", base ? JValue(base->id) : JValue(nullptr));
         store_.schedule(*inst, req.nowMs, {{"CREATING_IMAGE", 0}, {s, P()}});
         respondOne(res, img, req.nowMs);
         setWorkRequest(res, req.region);
@@ -120,7 +120,7 @@ void ImageService::createImage(ApiRequest& req, ApiResponse& res) {
     std::string os = JStr(*src, "operatingSystem");
     Resource& img = makeImage(c, req.region, name, os.empty() ? "Custom" : os, JStr(*src, "operatingSystemVersion"),
                               launchMode, sizeMb, req.nowMs, {{"IMPORTING", 0}, {"AVAILABLE", P()}});
-    CopyMembers(body, img.doc, {"freeformTags", "definedTags"});
+    CopyMembers(body, img.doc.edit(), {"freeformTags", "definedTags"});
     respondOne(res, img, req.nowMs);
     setWorkRequest(res, req.region);
 }
@@ -131,7 +131,7 @@ void ImageService::updateImage(ApiRequest& req, ApiResponse& res) {
     Resource* img = findOr404(req, res, req.path("imageId"), "image");
     if (!img) return;
     if (img->compartmentId.empty()) return err::NotFound(res);  // platform images belong to nobody
-    CopyMembers(body, img->doc, {"displayName", "operatingSystem", "operatingSystemVersion", "freeformTags",
+    CopyMembers(body, img->doc.edit(), {"displayName", "operatingSystem", "operatingSystemVersion", "freeformTags",
                                  "definedTags"});
     respondOne(res, *img, req.nowMs);
 }

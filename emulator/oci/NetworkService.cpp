@@ -32,20 +32,20 @@ Resource& NetworkService::makeVcn(const std::string& compartmentId, const std::s
                                   const std::string& name, const std::string& cidr, std::int64_t nowMs,
                                   std::int64_t delayMs) {
     Resource v = newResource("vcn", "vcn", compartmentId, region, nowMs);
-    v.doc["displayName"] = name;
-    v.doc["cidrBlock"] = cidr;
-    v.doc["cidrBlocks"] = JArray{JValue(cidr)};
+    v.doc.set("displayName", name);
+    v.doc.set("cidrBlock", cidr);
+    v.doc.set("cidrBlocks", JArray{JValue(cidr)});
     std::string label;
     for (char c : name)
         if (std::isalnum(static_cast<unsigned char>(c)) && label.size() < 15)
             label += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    v.doc["dnsLabel"] = label.empty() ? "vcn" : label;
-    v.doc["vcnDomainName"] = JStr(v.doc, "dnsLabel") + ".oraclevcn.com";
-    v.doc["defaultRouteTableId"] = MakeOcid("routetable", world_.ocidRegion(region));
-    v.doc["defaultSecurityListId"] = MakeOcid("securitylist", world_.ocidRegion(region));
-    v.doc["defaultDhcpOptionsId"] = MakeOcid("dhcpoptions", world_.ocidRegion(region));
-    v.doc["freeformTags"] = JObject{};
-    v.doc["definedTags"] = JObject{};
+    v.doc.set("dnsLabel", label.empty() ? "vcn" : label);
+    v.doc.set("vcnDomainName", JStr(v.doc, "dnsLabel") + ".oraclevcn.com");
+    v.doc.set("defaultRouteTableId", MakeOcid("routetable", world_.ocidRegion(region)));
+    v.doc.set("defaultSecurityListId", MakeOcid("securitylist", world_.ocidRegion(region)));
+    v.doc.set("defaultDhcpOptionsId", MakeOcid("dhcpoptions", world_.ocidRegion(region)));
+    v.doc.set("freeformTags", JObject{});
+    v.doc.set("definedTags", JObject{});
     return addResource(std::move(v), nowMs, {{"PROVISIONING", 0}, {"AVAILABLE", delayMs}});
 }
 
@@ -53,28 +53,28 @@ Resource& NetworkService::makeSubnet(const Resource& vcn, const std::string& nam
                                      const std::string& ad, bool prohibitPublicIp, std::int64_t nowMs,
                                      std::int64_t delayMs) {
     Resource s = newResource("subnet", "subnet", vcn.compartmentId, vcn.region, nowMs);
-    s.doc["vcnId"] = vcn.id;
-    s.doc["displayName"] = name;
-    s.doc["cidrBlock"] = cidr;
-    s.doc["availabilityDomain"] = ad.empty() ? JValue(nullptr) : JValue(ad);
+    s.doc.set("vcnId", vcn.id);
+    s.doc.set("displayName", name);
+    s.doc.set("cidrBlock", cidr);
+    s.doc.set("availabilityDomain", ad.empty() ? JValue(nullptr) : JValue(ad));
     std::string label;
     for (char c : name)
         if (std::isalnum(static_cast<unsigned char>(c)) && label.size() < 15)
             label += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    s.doc["dnsLabel"] = label.empty() ? "subnet" : label;
-    s.doc["subnetDomainName"] = JStr(s.doc, "dnsLabel") + "." + JStr(vcn.doc, "vcnDomainName");
-    s.doc["prohibitPublicIpOnVnic"] = prohibitPublicIp;
-    s.doc["routeTableId"] = JStr(vcn.doc, "defaultRouteTableId");
-    s.doc["securityListIds"] = JArray{JValue(JStr(vcn.doc, "defaultSecurityListId"))};
-    s.doc["dhcpOptionsId"] = JStr(vcn.doc, "defaultDhcpOptionsId");
+    s.doc.set("dnsLabel", label.empty() ? "subnet" : label);
+    s.doc.set("subnetDomainName", JStr(s.doc, "dnsLabel") + "." + JStr(vcn.doc, "vcnDomainName"));
+    s.doc.set("prohibitPublicIpOnVnic", prohibitPublicIp);
+    s.doc.set("routeTableId", JStr(vcn.doc, "defaultRouteTableId"));
+    s.doc.set("securityListIds", JArray{JValue(JStr(vcn.doc, "defaultSecurityListId"))});
+    s.doc.set("dhcpOptionsId", JStr(vcn.doc, "defaultDhcpOptionsId"));
     // "10.0.1.0/24" -> router at .1, VNICs from .2 on.
     std::string base = cidr.substr(0, cidr.rfind('.'));
-    s.doc["virtualRouterIp"] = base + ".1";
-    s.doc["virtualRouterMac"] = "00:00:17:00:00:01";
-    s.doc["_ipBase"] = base;
-    s.doc["_nextIp"] = 2;
-    s.doc["freeformTags"] = JObject{};
-    s.doc["definedTags"] = JObject{};
+    s.doc.set("virtualRouterIp", base + ".1");
+    s.doc.set("virtualRouterMac", "00:00:17:00:00:01");
+    s.doc.set("_ipBase", base);
+    s.doc.set("_nextIp", 2);
+    s.doc.set("freeformTags", JObject{});
+    s.doc.set("definedTags", JObject{});
     return addResource(std::move(s), nowMs, {{"PROVISIONING", 0}, {"AVAILABLE", delayMs}});
 }
 
@@ -90,7 +90,7 @@ Resource& NetworkService::seedSubnet(const Resource& vcn, const std::string& nam
 
 std::string NetworkService::nextPrivateIp(Resource& subnet) {
     std::int64_t n = JInt(subnet.doc, "_nextIp").value_or(2);
-    subnet.doc["_nextIp"] = n + 1;
+    subnet.doc.set("_nextIp", n + 1);
     // Past .254 the addresses wrap into the next octet of a wider block.
     std::string base = JStr(subnet.doc, "_ipBase");
     if (n <= 254) return base + "." + std::to_string(n);
@@ -106,26 +106,26 @@ Resource& NetworkService::attachNewVnic(const Resource& instance, const Resource
     Resource& subnetMut = *store_.get(subnet.id, nowMs);
     const std::string ad = JStr(instance.doc, "availabilityDomain");
     Resource vnic = newResource("vnic", "vnic", instance.compartmentId, instance.region, nowMs);
-    vnic.doc["availabilityDomain"] = ad;
-    vnic.doc["displayName"] = JHas(details, "displayName") ? JStr(details, "displayName")
-                                                           : JStr(instance.doc, "displayName") + (primary ? "" : "-vnic");
-    vnic.doc["hostnameLabel"] = JHas(details, "hostnameLabel") ? JValue(JStr(details, "hostnameLabel")) : JValue(nullptr);
-    vnic.doc["isPrimary"] = primary;
+    vnic.doc.set("availabilityDomain", ad);
+    vnic.doc.set("displayName", JHas(details, "displayName") ? JStr(details, "displayName")
+                                                             : JStr(instance.doc, "displayName") + (primary ? "" : "-vnic"));
+    vnic.doc.set("hostnameLabel", JHas(details, "hostnameLabel") ? JValue(JStr(details, "hostnameLabel")) : JValue(nullptr));
+    vnic.doc.set("isPrimary", primary);
     char mac[32];
     std::snprintf(mac, sizeof mac, "02:00:17:%02X:%02X:%02X", static_cast<unsigned>(rng() & 255),
                   static_cast<unsigned>(rng() & 255), static_cast<unsigned>(rng() & 255));
-    vnic.doc["macAddress"] = mac;
-    vnic.doc["privateIp"] = JHas(details, "privateIp") ? JStr(details, "privateIp") : nextPrivateIp(subnetMut);
+    vnic.doc.set("macAddress", mac);
+    vnic.doc.set("privateIp", JHas(details, "privateIp") ? JStr(details, "privateIp") : nextPrivateIp(subnetMut));
     const bool wantPublic = JBool(details, "assignPublicIp").value_or(!JBool(subnet.doc, "prohibitPublicIpOnVnic").value_or(false));
     if (wantPublic)
-        vnic.doc["publicIp"] = "129.146." + std::to_string(rng() % 250 + 1) + "." + std::to_string(rng() % 250 + 1);
+        vnic.doc.set("publicIp", "129.146." + std::to_string(rng() % 250 + 1) + "." + std::to_string(rng() % 250 + 1));
     else
-        vnic.doc["publicIp"] = nullptr;
-    vnic.doc["skipSourceDestCheck"] = JBool(details, "skipSourceDestCheck").value_or(false);
-    vnic.doc["subnetId"] = subnet.id;
-    vnic.doc["nsgIds"] = JArray{};
-    vnic.doc["freeformTags"] = JObject{};
-    vnic.doc["definedTags"] = JObject{};
+        vnic.doc.set("publicIp", nullptr);
+    vnic.doc.set("skipSourceDestCheck", JBool(details, "skipSourceDestCheck").value_or(false));
+    vnic.doc.set("subnetId", subnet.id);
+    vnic.doc.set("nsgIds", JArray{});
+    vnic.doc.set("freeformTags", JObject{});
+    vnic.doc.set("definedTags", JObject{});
     Resource& v = addResource(std::move(vnic), nowMs, {{"PROVISIONING", 0}, {"AVAILABLE", delayMs}});
 
     int nicIndex = 0;
@@ -133,13 +133,13 @@ Resource& NetworkService::attachNewVnic(const Resource& instance, const Resource
         for (Resource* a : store_.list("vnicattachment", instance.compartmentId, nowMs))
             if (JStr(a->doc, "instanceId") == instance.id) ++nicIndex;
     Resource att = newResource("vnicattachment", "vnicattachment", instance.compartmentId, instance.region, nowMs);
-    att.doc["availabilityDomain"] = ad;
-    att.doc["displayName"] = JStr(v.doc, "displayName");
-    att.doc["instanceId"] = instance.id;
-    att.doc["subnetId"] = subnet.id;
-    att.doc["vnicId"] = v.id;
-    att.doc["nicIndex"] = nicIndex;
-    att.doc["vlanTag"] = 100 + nicIndex;
+    att.doc.set("availabilityDomain", ad);
+    att.doc.set("displayName", JStr(v.doc, "displayName"));
+    att.doc.set("instanceId", instance.id);
+    att.doc.set("subnetId", subnet.id);
+    att.doc.set("vnicId", v.id);
+    att.doc.set("nicIndex", nicIndex);
+    att.doc.set("vlanTag", 100 + nicIndex);
     return addResource(std::move(att), nowMs, {{"ATTACHING", 0}, {"ATTACHED", delayMs}});
 }
 
@@ -180,7 +180,7 @@ void NetworkService::createVcn(ApiRequest& req, ApiResponse& res) {
     std::string name = JStr(body, "displayName");
     if (name.empty()) name = "vcn" + std::to_string(req.nowMs % 100000);
     Resource& v = makeVcn(c, req.region, name, cidr, req.nowMs, P());
-    if (JHas(body, "dnsLabel")) v.doc["dnsLabel"] = JStr(body, "dnsLabel");
+    if (JHas(body, "dnsLabel")) v.doc.set("dnsLabel", JStr(body, "dnsLabel"));
     respondOne(res, v, req.nowMs);
 }
 
@@ -222,7 +222,7 @@ void NetworkService::createSubnet(ApiRequest& req, ApiResponse& res) {
     if (name.empty()) name = "subnet" + std::to_string(req.nowMs % 100000);
     Resource& s = makeSubnet(*vcn, name, cidr, ad, JBool(body, "prohibitPublicIpOnVnic").value_or(false),
                              req.nowMs, P());
-    if (JHas(body, "dnsLabel")) s.doc["dnsLabel"] = JStr(body, "dnsLabel");
+    if (JHas(body, "dnsLabel")) s.doc.set("dnsLabel", JStr(body, "dnsLabel"));
     respondOne(res, s, req.nowMs);
 }
 
@@ -270,7 +270,7 @@ void NetworkService::attachVnic(ApiRequest& req, ApiResponse& res) {
     Resource* subnet = find(req, subnetId, "subnet");
     if (!subnet) return err::RelatedNotFound(res, "subnet " + subnetId);
     Resource& att = attachNewVnic(*inst, *subnet, *details, false, req.nowMs, P());
-    if (JHas(body, "displayName")) att.doc["displayName"] = JStr(body, "displayName");
+    if (JHas(body, "displayName")) att.doc.set("displayName", JStr(body, "displayName"));
     respondOne(res, att, req.nowMs);
     setWorkRequest(res, req.region);
 }

@@ -99,23 +99,23 @@ JObject ObjectStorageService::renderBucket(const Resource& b, bool summary, cons
 Resource& ObjectStorageService::seedBucket(const std::string& compartmentId, const std::string& region,
                                            const std::string& name, std::int64_t nowMs) {
     Resource b = newResource("bucket", "bucket", compartmentId, region, nowMs);
-    b.doc["id"] = b.id;
+    b.doc.set("id", b.id);
     b.id = BucketKey(world_.namespaceName, name);
-    b.doc["namespace"] = world_.namespaceName;
-    b.doc["name"] = name;
-    b.doc["createdBy"] = world_.userId;
-    b.doc["etag"] = RandomUuid();
-    b.doc["metadata"] = JObject{};
-    b.doc["publicAccessType"] = "NoPublicAccess";
-    b.doc["storageTier"] = "Standard";
-    b.doc["objectEventsEnabled"] = false;
-    b.doc["replicationEnabled"] = false;
-    b.doc["isReadOnly"] = false;
-    b.doc["versioning"] = "Disabled";
-    b.doc["autoTiering"] = "Disabled";
-    b.doc["kmsKeyId"] = nullptr;
-    b.doc["freeformTags"] = JObject{};
-    b.doc["definedTags"] = JObject{};
+    b.doc.set("namespace", world_.namespaceName);
+    b.doc.set("name", name);
+    b.doc.set("createdBy", world_.userId);
+    b.doc.set("etag", RandomUuid());
+    b.doc.set("metadata", JObject{});
+    b.doc.set("publicAccessType", "NoPublicAccess");
+    b.doc.set("storageTier", "Standard");
+    b.doc.set("objectEventsEnabled", false);
+    b.doc.set("replicationEnabled", false);
+    b.doc.set("isReadOnly", false);
+    b.doc.set("versioning", "Disabled");
+    b.doc.set("autoTiering", "Disabled");
+    b.doc.set("kmsKeyId", nullptr);
+    b.doc.set("freeformTags", JObject{});
+    b.doc.set("definedTags", JObject{});
     return addResource(std::move(b), nowMs, {{"ACTIVE", 0}});
 }
 
@@ -133,17 +133,17 @@ Resource& ObjectStorageService::writeObject(const Resource& bucket, const std::s
     o.compartmentId = bucket.id;  // objects are indexed by their bucket
     o.region = bucket.region;
     o.createdMs = nowMs;
-    o.doc["name"] = name;
-    o.doc["size"] = static_cast<std::int64_t>(data.size());
-    o.doc["md5"] = Md5Base64(data);
-    o.doc["etag"] = RandomUuid();
-    o.doc["timeCreated"] = created;
-    o.doc["timeModified"] = Rfc3339(nowMs);
-    o.doc["storageTier"] = "Standard";
-    o.doc["archivalState"] = nullptr;
-    o.doc["_data"] = data;
-    o.doc["_contentType"] = contentType;
-    o.doc["_meta"] = meta;
+    o.doc.set("name", name);
+    o.doc.set("size", static_cast<std::int64_t>(data.size()));
+    o.doc.set("md5", Md5Base64(data));
+    o.doc.set("etag", RandomUuid());
+    o.doc.set("timeCreated", created);
+    o.doc.set("timeModified", Rfc3339(nowMs));
+    o.doc.set("storageTier", "Standard");
+    o.doc.set("archivalState", nullptr);
+    o.doc.set("_data", data);
+    o.doc.set("_contentType", contentType);
+    o.doc.set("_meta", meta);
     return addResource(std::move(o), nowMs, {{"AVAILABLE", 0}});
 }
 
@@ -196,7 +196,7 @@ void ObjectStorageService::createBucket(ApiRequest& req, ApiResponse& res) {
                                                            "' in namespace '" + world_.namespaceName +
                                                            "' already exists or you are not authorized to create it");
     Resource& b = seedBucket(c, req.region, name, req.nowMs);
-    CopyMembers(body, b.doc, {"metadata", "publicAccessType", "storageTier", "objectEventsEnabled", "freeformTags",
+    CopyMembers(body, b.doc.edit(), {"metadata", "publicAccessType", "storageTier", "objectEventsEnabled", "freeformTags",
                               "definedTags", "versioning", "autoTiering", "kmsKeyId"});
     res.json(200, renderBucket(b, false, "", req.nowMs));
     res.setHeader("etag", JStr(b.doc, "etag"));
@@ -213,9 +213,9 @@ void ObjectStorageService::updateBucket(ApiRequest& req, ApiResponse& res) {
     JObject body;
     Resource* b = findBucket(req, res);
     if (!b || !parseBody(req, res, body)) return;
-    CopyMembers(body, b->doc, {"metadata", "publicAccessType", "objectEventsEnabled", "freeformTags", "definedTags",
+    CopyMembers(body, b->doc.edit(), {"metadata", "publicAccessType", "objectEventsEnabled", "freeformTags", "definedTags",
                                "versioning", "autoTiering", "kmsKeyId"});
-    b->doc["etag"] = RandomUuid();
+    b->doc.set("etag", RandomUuid());
     res.json(200, renderBucket(*b, false, "", req.nowMs));
     res.setHeader("etag", JStr(b->doc, "etag"));
 }

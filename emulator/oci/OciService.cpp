@@ -8,12 +8,13 @@
 
 namespace ocwemu {
 
-JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs) {
+// Depends on nothing but the members, the kind and the state: RenderedJson
+// relies on that to know when its remembered text is still right.
+static JObject RenderIn(const Resource& r, const std::string& state) {
     JObject out;
     out.reserve(r.doc.size() + 4);
     for (const auto& kv : r.doc)
         if (kv.key().empty() || kv.key()[0] != '_') out.emplace(kv.key(), kv.value());
-    const std::string state = store.state(r, nowMs);
     if (r.kind == "bucket" || r.kind == "object") return out;  // object storage has no lifecycle member
     out["lifecycleState"] = state;
     if (r.kind == "volumeattachment") {
@@ -32,6 +33,21 @@ JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs
     return out;
 }
 
+JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs) {
+    return RenderIn(r, store.state(r, nowMs));
+}
+
+const std::string& RenderedJson(const Store& store, const Resource& r, std::int64_t nowMs) {
+    RenderedText& cached = r.rendered;
+    std::string state = store.state(r, nowMs);
+    if (cached.json.empty() || cached.docVersion != r.doc.version() || cached.state != state) {
+        cached.json = ToJson(RenderIn(r, state));
+        cached.docVersion = r.doc.version();
+        cached.state = std::move(state);
+    }
+    return cached.json;
+}
+
 Resource OciService::newResource(const std::string& kind, const std::string& ocidType,
                                  const std::string& compartmentId, const std::string& region,
                                  std::int64_t nowMs) const {
@@ -41,9 +57,9 @@ Resource OciService::newResource(const std::string& kind, const std::string& oci
     r.compartmentId = compartmentId;
     r.id = MakeOcid(ocidType, region.empty() ? std::string() : world_.ocidRegion(region));
     r.createdMs = nowMs;
-    r.doc["id"] = r.id;
-    r.doc["compartmentId"] = compartmentId;
-    r.doc["timeCreated"] = Rfc3339(nowMs);
+    r.doc.set("id", r.id);
+    r.doc.set("compartmentId", compartmentId);
+    r.doc.set("timeCreated", Rfc3339(nowMs));
     return r;
 }
 
@@ -67,7 +83,7 @@ Resource* OciService::findOr404(const ApiRequest& req, ApiResponse& res, const s
 }
 
 void OciService::respondOne(ApiResponse& res, const Resource& r, std::int64_t nowMs, int status) const {
-    res.json(status, RenderResource(store_, r, nowMs));
+    res.jsonText(status, RenderedJson(store_, r, nowMs));
     res.setHeader("etag", std::to_string(r.seq) + "-" + std::to_string(r.timeline.front().atMs));
 }
 
@@ -105,10 +121,24 @@ void OciService::respondList(const ApiRequest& req, ApiResponse& res, std::vecto
         return;
     }
     if (sortOrder == "DESC") std::reverse(items.begin(), items.end());
-    JArray page;
-    for (size_t i = w.offset; i < items.size() && i < w.offset + w.limit; ++i)
-        page.push_back(RenderResource(store_, *items[i], req.nowMs));
-    res.json(200, page);
+    // The same bytes as serialising the array of rendered documents, put
+    // together from each resource's remembered text.
+    const size_t end = std::min(items.size(), w.offset + w.limit);
+    std::vector<const std::string*> texts;
+    size_t bytes = 2;
+    for (size_t i = w.offset; i < end; ++i) {
+        texts.push_back(&RenderedJson(store_, *items[i], req.nowMs));
+        bytes += texts.back()->size() + 1;
+    }
+    std::string body;
+    body.reserve(bytes);
+    body += '[';
+    for (size_t i = 0; i < texts.size(); ++i) {
+        if (i) body += ',';
+        body += *texts[i];
+    }
+    body += ']';
+    res.jsonText(200, std::move(body));
     SetNextPage(res, w, items.size());
 }
 

@@ -18,6 +18,12 @@ namespace ocwemu {
 // name starts with '_' are private to the emulator), "lifecycleState", and
 // the members that depend on the state (iSCSI target once attached, ...).
 JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs);
+// The same document as JSON text. The text is kept in the resource and
+// reused until its members or its state change, so answering a list of
+// unchanged resources copies text instead of rebuilding and serialising every
+// document. Call with the store lock held; the reference is valid until the
+// resource is rendered again or erased.
+const std::string& RenderedJson(const Store& store, const Resource& r, std::int64_t nowMs);
 
 class OciService {
 public:
