@@ -76,13 +76,22 @@ bool HttpServer::start(const std::string& host, int port, const std::string& cer
     }
     const size_t workers = threads > 0 ? static_cast<size_t>(threads) : 16;
     server_->new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
+    connections_.watch(server_->ssl_context());
     server_->set_keep_alive_max_count(1000000);
-    // An idle keep-alive connection holds a worker thread, and stop() waits for
-    // it, up to this long.
+    // An idle keep-alive connection holds a worker thread this long (stop()
+    // does not wait for it).
     server_->set_keep_alive_timeout(5);
     server_->set_read_timeout(30, 0);
     server_->set_write_timeout(30, 0);
     server_->set_tcp_nodelay(true);
+    // Which connections are answering a request, so stop() closes only idle
+    // ones at once. The logger runs once the answer is written.
+    OpenConnections* open = &connections_;
+    server_->set_pre_routing_handler([open](const httplib::Request& rq, httplib::Response&) {
+        open->requestStarted(rq.ssl);
+        return httplib::Server::HandlerResponse::Unhandled;
+    });
+    server_->set_logger([open](const httplib::Request& rq, const httplib::Response&) { open->requestFinished(rq.ssl); });
     auto handler = [dispatch](const httplib::Request& rq, httplib::Response& rs) { Serve(dispatch, rq, rs); };
     server_->Get(".*", handler);
     server_->Post(".*", handler);
@@ -110,7 +119,11 @@ bool HttpServer::start(const std::string& host, int port, const std::string& cer
 }
 
 void HttpServer::stop() {
+    // Closing the listener ends the accept loop, which then joins the
+    // workers; a worker waits on its idle connection for the next request
+    // until the keep-alive timeout, unless the connection is shut down.
     if (server_) server_->stop();
+    connections_.close();
     if (thread_.joinable()) thread_.join();
     server_.reset();
 }

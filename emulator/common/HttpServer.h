@@ -3,6 +3,7 @@
 // limits raised for benchmarks, and every method and path handed to one
 // dispatch function as an ApiRequest.
 #include "common/Api.h"
+#include "common/OpenConnections.h"
 
 #include <functional>
 #include <memory>
@@ -30,12 +31,16 @@ public:
     bool start(const std::string& host, int port, const std::string& certFile, const std::string& keyFile,
                int threads, Dispatch dispatch, std::string& error);
     int port() const { return port_; }
-    // Stops accepting, finishes requests in flight and joins the threads; a
-    // client that keeps an idle connection open delays this by up to 5 s.
-    // Idempotent.
+    // Stops accepting, answers the requests already read, closes every
+    // connection (idle keep-alive ones at once, without waiting for their
+    // timeout) and joins the threads. A request whose body is still arriving
+    // may be cut short. Idempotent.
     void stop();
+    // Connections open now (accepted, not yet closed).
+    std::size_t openConnections() const { return connections_.size(); }
 
 private:
+    OpenConnections connections_;  // declared first: outlives the server's connections
     std::unique_ptr<httplib::SSLServer> server_;
     std::thread thread_;
     int port_ = 0;
