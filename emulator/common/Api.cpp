@@ -136,7 +136,10 @@ bool ParseTarget(const std::string& target, std::string& rawPath, std::vector<st
 }
 
 namespace err {
-void NotFound(ApiResponse& res) { res.error(404, "NotAuthorizedOrNotFound", kNotFoundMsg); }
+void NotAuthorizedOrNotFound(ApiResponse& res) { res.error(404, "NotAuthorizedOrNotFound", kNotFoundMsg); }
+void NoSuchOperation(ApiResponse& res) {
+    res.error(404, "NotFound", "There is no operation at this path for this method.");
+}
 void InvalidParameter(ApiResponse& res, const std::string& message) {
     res.error(400, "InvalidParameter", message);
 }

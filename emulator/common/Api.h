@@ -63,7 +63,11 @@ std::string PercentEncode(const std::string& in);
 // Standard error texts of the services.
 namespace err {
 inline const char* kNotFoundMsg = "Authorization failed or requested resource not found.";
-void NotFound(ApiResponse& res);
+// 404 for a resource named in the path or query that is missing (or, at the
+// service, not visible to the caller).
+void NotAuthorizedOrNotFound(ApiResponse& res);
+// 404 for a path (and method) where the service has no operation at all.
+void NoSuchOperation(ApiResponse& res);
 void InvalidParameter(ApiResponse& res, const std::string& message);
 void MissingParameter(ApiResponse& res, const std::string& name);
 void IncorrectState(ApiResponse& res, const std::string& message);

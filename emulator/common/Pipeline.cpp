@@ -63,7 +63,7 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
             if (m.pathKnown)
                 res.error(405, "MethodNotAllowed", "The method " + req.method + " is not allowed on this resource.");
             else
-                err::NotFound(res);
+                err::NoSuchOperation(res);
         } else {
             try {
                 std::lock_guard<std::mutex> lock(store_.mutex());

@@ -321,7 +321,7 @@ void BlockStorageService::deleteAnyVolume(ApiRequest& req, ApiResponse& res, boo
     Resource* v = findOr404(req, res, req.path(boot ? "bootVolumeId" : "volumeId"), boot ? "bootvolume" : "volume");
     if (!v) return;
     const std::string s = stateOf(*v, req.nowMs);
-    if (s == "TERMINATED") return err::NotFound(res);
+    if (s == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (s == "TERMINATING") return res.noContent(204);
     if (s == "PROVISIONING" || s == "RESTORING")
         return err::IncorrectState(res, "The volume is still being provisioned.");
@@ -361,9 +361,9 @@ void BlockStorageService::attachVolume(ApiRequest& req, ApiResponse& res) {
     if (instanceId.empty()) return err::MissingParameter(res, "instanceId");
     if (volumeId.empty()) return err::MissingParameter(res, "volumeId");
     Resource* inst = find(req, instanceId, "instance");
-    if (!inst) return err::NotFound(res);
+    if (!inst) return err::NotAuthorizedOrNotFound(res);
     Resource* vol = find(req, volumeId, "volume");
-    if (!vol) return err::NotFound(res);
+    if (!vol) return err::NotAuthorizedOrNotFound(res);
     const std::string is = stateOf(*inst, req.nowMs);
     if (is != "RUNNING" && is != "STOPPED")
         return err::IncorrectState(res, "The instance is " + is + "; volumes attach to RUNNING or STOPPED instances.");
@@ -385,7 +385,7 @@ void BlockStorageService::detachVolume(ApiRequest& req, ApiResponse& res) {
     Resource* a = findOr404(req, res, req.path("volumeAttachmentId"), "volumeattachment");
     if (!a) return;
     const std::string s = stateOf(*a, req.nowMs);
-    if (s == "DETACHED") return err::NotFound(res);
+    if (s == "DETACHED") return err::NotAuthorizedOrNotFound(res);
     if (s == "DETACHING") return res.noContent(204);
     if (s == "ATTACHING") return err::IncorrectState(res, "The volume is still attaching.");
     store_.schedule(*a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
@@ -414,7 +414,7 @@ void BlockStorageService::attachBootVolumeApi(ApiRequest& req, ApiResponse& res)
     if (bvId.empty()) return err::MissingParameter(res, "bootVolumeId");
     Resource* inst = find(req, instanceId, "instance");
     Resource* bv = find(req, bvId, "bootvolume");
-    if (!inst || !bv) return err::NotFound(res);
+    if (!inst || !bv) return err::NotAuthorizedOrNotFound(res);
     if (stateOf(*inst, req.nowMs) != "STOPPED")
         return err::IncorrectState(res, "A boot volume can only be attached to a STOPPED instance.");
     if (stateOf(*bv, req.nowMs) != "AVAILABLE" || bootVolumeInUse(*bv, req.nowMs))
@@ -431,7 +431,7 @@ void BlockStorageService::detachBootVolume(ApiRequest& req, ApiResponse& res) {
     Resource* a = findOr404(req, res, req.path("bootVolumeAttachmentId"), "bootvolumeattachment");
     if (!a) return;
     const std::string s = stateOf(*a, req.nowMs);
-    if (s == "DETACHED") return err::NotFound(res);
+    if (s == "DETACHED") return err::NotAuthorizedOrNotFound(res);
     if (s == "DETACHING") return res.noContent(204);
     Resource* inst = store_.get(JStr(a->doc, "instanceId"), req.nowMs, "instance");
     if (inst && stateOf(*inst, req.nowMs) != "STOPPED" && stateOf(*inst, req.nowMs) != "TERMINATED")
@@ -466,7 +466,7 @@ void BlockStorageService::createBackup(ApiRequest& req, ApiResponse& res, bool b
     const std::string volumeId = JStr(body, idKey);
     if (volumeId.empty()) return err::MissingParameter(res, idKey);
     Resource* v = find(req, volumeId, boot ? "bootvolume" : "volume");
-    if (!v) return err::NotFound(res);
+    if (!v) return err::NotAuthorizedOrNotFound(res);
     if (stateOf(*v, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
     std::string type = JStr(body, "type");
     if (type.empty()) type = "INCREMENTAL";
@@ -484,7 +484,7 @@ void BlockStorageService::deleteBackup(ApiRequest& req, ApiResponse& res, bool b
                             boot ? "bootvolumebackup" : "volumebackup");
     if (!b) return;
     const std::string s = stateOf(*b, req.nowMs);
-    if (s == "TERMINATED") return err::NotFound(res);
+    if (s == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (s == "TERMINATING") return res.noContent(204);
     if (s != "AVAILABLE" && s != "FAULTY") return err::IncorrectState(res, "The backup is still being created.");
     store_.schedule(*b, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);

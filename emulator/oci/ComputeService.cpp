@@ -239,7 +239,7 @@ void ComputeService::terminateInstance(ApiRequest& req, ApiResponse& res) {
     Resource* inst = findOr404(req, res, req.path("instanceId"), "instance");
     if (!inst) return;
     const std::string s = stateOf(*inst, req.nowMs);
-    if (s == "TERMINATED") return err::NotFound(res);
+    if (s == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (s != "TERMINATING") {
         store_.schedule(*inst, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
         storage_.releaseInstance(*inst, req.param("preserveBootVolume") == "true", req.nowMs);
@@ -253,7 +253,7 @@ void ComputeService::initialCredentials(ApiRequest& req, ApiResponse& res) {
     Resource* inst = findOr404(req, res, req.path("instanceId"), "instance");
     if (!inst) return;
     const std::string password = JStr(inst->doc, "_password");
-    if (password.empty()) return err::NotFound(res);
+    if (password.empty()) return err::NotAuthorizedOrNotFound(res);
     res.json(200, JObject{{"username", "opc"}, {"password", password}});
 }
 
@@ -271,7 +271,7 @@ void ComputeService::listShapes(ApiRequest& req, ApiResponse& res) {
         // Without a domain the service lists the shapes of every domain in turn.
         ads = world_.availabilityDomains(req.region);
     }
-    if (req.hasParam("imageId") && !find(req, req.param("imageId"), "image")) return err::NotFound(res);
+    if (req.hasParam("imageId") && !find(req, req.param("imageId"), "image")) return err::NotAuthorizedOrNotFound(res);
     std::vector<const ShapeInfo*> all;
     for (size_t i = 0; i < ads.size(); ++i)
         for (const auto& s : Shapes())

@@ -215,7 +215,7 @@ void DatabaseService::terminateDbSystem(ApiRequest& req, ApiResponse& res) {
     Resource* s = findOr404(req, res, req.path("dbSystemId"), "dbsystem");
     if (!s) return;
     const std::string st = stateOf(*s, req.nowMs);
-    if (st == "TERMINATED") return err::NotFound(res);
+    if (st == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (st == "TERMINATING") return res.noContent(204);
     const std::vector<std::pair<std::string, std::int64_t>> steps{{"TERMINATING", 0}, {"TERMINATED", P()}};
     store_.schedule(*s, req.nowMs, steps, world_.retentionMs);
@@ -302,7 +302,7 @@ void DatabaseService::createBackup(ApiRequest& req, ApiResponse& res) {
     if (dbId.empty()) return err::MissingParameter(res, "databaseId");
     if (name.empty()) return err::MissingParameter(res, "displayName");
     Resource* d = find(req, dbId, "database");
-    if (!d) return err::NotFound(res);
+    if (!d) return err::NotAuthorizedOrNotFound(res);
     if (stateOf(*d, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The database is not AVAILABLE.");
     store_.schedule(*d, req.nowMs, {{"BACKUP_IN_PROGRESS", 0}, {"AVAILABLE", P()}});
     d->doc.set("lastBackupTimestamp", Rfc3339(req.nowMs + P()));
@@ -316,7 +316,7 @@ void DatabaseService::deleteBackup(ApiRequest& req, ApiResponse& res) {
     Resource* b = findOr404(req, res, req.path("backupId"), "dbbackup");
     if (!b) return;
     const std::string s = stateOf(*b, req.nowMs);
-    if (s == "DELETED") return err::NotFound(res);
+    if (s == "DELETED") return err::NotAuthorizedOrNotFound(res);
     if (s == "DELETING") return res.noContent(204);
     if (s != "ACTIVE" && s != "FAILED") return err::IncorrectState(res, "The backup is " + s + ".");
     store_.schedule(*b, req.nowMs, {{"DELETING", 0}, {"DELETED", P()}}, world_.retentionMs);

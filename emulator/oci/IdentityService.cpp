@@ -37,7 +37,7 @@ Resource& IdentityService::seedCompartment(const std::string& parentId, const st
 }
 
 void IdentityService::getTenancy(ApiRequest& req, ApiResponse& res) {
-    if (req.path("tenancyId") != world_.tenancyId) return err::NotFound(res);
+    if (req.path("tenancyId") != world_.tenancyId) return err::NotAuthorizedOrNotFound(res);
     res.json(200, JObject{{"id", world_.tenancyId},
                           {"name", world_.tenancyName},
                           {"description", "Tenancy of the OCI emulator"},
@@ -48,7 +48,7 @@ void IdentityService::getTenancy(ApiRequest& req, ApiResponse& res) {
 }
 
 void IdentityService::listRegionSubscriptions(ApiRequest& req, ApiResponse& res) {
-    if (req.path("tenancyId") != world_.tenancyId) return err::NotFound(res);
+    if (req.path("tenancyId") != world_.tenancyId) return err::NotAuthorizedOrNotFound(res);
     JArray out;
     for (size_t i = 0; i < world_.regions.size(); ++i)
         out.push_back(JObject{{"regionKey", world_.regions[i].key},
@@ -167,7 +167,7 @@ void IdentityService::deleteCompartment(ApiRequest& req, ApiResponse& res) {
 }
 
 void IdentityService::getUser(ApiRequest& req, ApiResponse& res) {
-    if (req.path("userId") != world_.userId) return err::NotFound(res);
+    if (req.path("userId") != world_.userId) return err::NotAuthorizedOrNotFound(res);
     res.json(200, JObject{{"id", world_.userId},
                           {"compartmentId", world_.tenancyId},
                           {"name", "ocw-emulator-user"},

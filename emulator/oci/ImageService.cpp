@@ -130,7 +130,7 @@ void ImageService::updateImage(ApiRequest& req, ApiResponse& res) {
     if (!parseBody(req, res, body)) return;
     Resource* img = findOr404(req, res, req.path("imageId"), "image");
     if (!img) return;
-    if (img->compartmentId.empty()) return err::NotFound(res);  // platform images belong to nobody
+    if (img->compartmentId.empty()) return err::NotAuthorizedOrNotFound(res);  // platform images belong to nobody
     CopyMembers(body, img->doc.edit(), {"displayName", "operatingSystem", "operatingSystemVersion", "freeformTags",
                                  "definedTags"});
     respondOne(res, *img, req.nowMs);
@@ -139,9 +139,9 @@ void ImageService::updateImage(ApiRequest& req, ApiResponse& res) {
 void ImageService::deleteImage(ApiRequest& req, ApiResponse& res) {
     Resource* img = findOr404(req, res, req.path("imageId"), "image");
     if (!img) return;
-    if (img->compartmentId.empty()) return err::NotFound(res);
+    if (img->compartmentId.empty()) return err::NotAuthorizedOrNotFound(res);
     const std::string s = stateOf(*img, req.nowMs);
-    if (s == "DELETED") return err::NotFound(res);
+    if (s == "DELETED") return err::NotAuthorizedOrNotFound(res);
     if (s != "AVAILABLE" && s != "DISABLED") return err::IncorrectState(res, "The image is " + s + ".");
     store_.schedule(*img, req.nowMs, {{"DELETED", 0}}, world_.retentionMs);
     res.noContent(204);

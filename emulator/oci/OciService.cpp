@@ -78,7 +78,7 @@ Resource* OciService::find(const ApiRequest& req, const std::string& id, const s
 Resource* OciService::findOr404(const ApiRequest& req, ApiResponse& res, const std::string& id,
                                 const std::string& kind) const {
     Resource* r = find(req, id, kind);
-    if (!r) err::NotFound(res);
+    if (!r) err::NotAuthorizedOrNotFound(res);
     return r;
 }
 
@@ -191,7 +191,7 @@ bool OciService::compartmentExists(const std::string& id, std::int64_t nowMs) co
 bool OciService::requireCompartment(const ApiRequest& req, ApiResponse& res, std::string& out) const {
     if (!requireParam(req, res, "compartmentId", out)) return false;
     if (compartmentExists(out, req.nowMs)) return true;
-    err::NotFound(res);
+    err::NotAuthorizedOrNotFound(res);
     return false;
 }
 

@@ -271,13 +271,30 @@ TEST_F(LifecycleTest, MalformedJsonIs400AndNeverACrash) {
     EXPECT_EQ(c_->get("/20160918/tenancies/" + c_->info().tenancy).status, 200) << "still serving";
 }
 
-TEST_F(LifecycleTest, UnknownPathsAndIdsAre404NotAuthorizedOrNotFound) {
-    for (const char* path : {"/20160918/nonsense", "/20160918/instances/ocid1.instance.oc1.phx.none", "/whatever"}) {
+TEST_F(LifecycleTest, UnknownPathsAre404NotFoundUnknownIds404NotAuthorizedOrNotFound) {
+    // No operation at the path: the service's NotFound.
+    for (const char* path : {"/20160918/nonsense", "/whatever", "/20160918/instances/x/y/z", "/instances"}) {
+        Response r = c_->get(path);
+        EXPECT_EQ(r.status, 404) << path;
+        EXPECT_EQ(JStr(r.object(), "code"), "NotFound") << path;
+        EXPECT_FALSE(JStr(r.object(), "message").empty()) << path;
+        EXPECT_FALSE(r.header("opc-request-id").empty());
+    }
+    // An operation that exists, for a resource that does not.
+    for (const char* path : {"/20160918/instances/ocid1.instance.oc1.phx.none", "/20160918/volumes/ocid1.volume.oc1.phx.none"}) {
         Response r = c_->get(path);
         EXPECT_EQ(r.status, 404) << path;
         EXPECT_EQ(JStr(r.object(), "code"), "NotAuthorizedOrNotFound") << path;
-        EXPECT_FALSE(r.header("opc-request-id").empty());
+        EXPECT_EQ(JStr(r.object(), "message"), "Authorization failed or requested resource not found.");
     }
+    // A path that exists, with a method it has no operation for.
+    Response patch = c_->send("PATCH", "/20160918/instances/ocid1.instance.oc1.phx.none", "{}");
+    EXPECT_EQ(patch.status, 405);
+    EXPECT_EQ(JStr(patch.object(), "code"), "MethodNotAllowed");
+    // Credentials are checked first: an unsigned request to an unknown path is 401.
+    SignOptions unsigned_;
+    unsigned_.sign = false;
+    EXPECT_EQ(c_->get("/20160918/nonsense", unsigned_).status, 401);
 }
 
 }  // namespace
