@@ -45,6 +45,41 @@ struct PkeyCtxFree {
     void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
 };
 
+// Signs a fixed digest with `key` and verifies the result with the same key's
+// public half. Throws PlatformException when OpenSSL cannot sign with it (for
+// example a modulus too short for a SHA-256 DigestInfo) or the signature does
+// not verify.
+void checkSignsVerifiably(EVP_PKEY* key)
+{
+    static const unsigned char kProbeDigest[RsaSigner::DigestLength] = {
+        0x6f, 0x63, 0x77, 0x20, 0x6b, 0x65, 0x79, 0x20, 0x70, 0x72, 0x6f, 0x62, 0x65, 0x00, 0x01, 0x02,
+        0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e, 0x0f, 0x10, 0x11, 0x12};
+    const char* const kUnusable = "Private key text is not a valid PEM private key.";
+
+    ERR_clear_error();
+    std::unique_ptr<EVP_PKEY_CTX, PkeyCtxFree> ctx(EVP_PKEY_CTX_new_from_pkey(nullptr, key, nullptr));
+    int size = EVP_PKEY_get_size(key);
+    if (!ctx || size <= 0) {
+        throw PlatformException::fromOpenSsl(kUnusable);
+    }
+    ByteBucket signature(static_cast<size_t>(size));
+    size_t sigLength = signature.size();
+    // The same operation RsaSigner::sign performs, so a key that passes here signs there.
+    if (EVP_PKEY_sign_init(ctx.get()) != 1 || EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) != 1 ||
+        EVP_PKEY_CTX_set_signature_md(ctx.get(), EVP_sha256()) != 1 ||
+        EVP_PKEY_sign(ctx.get(), signature.data(), &sigLength, kProbeDigest, sizeof(kProbeDigest)) != 1) {
+        throw PlatformException::fromOpenSsl(kUnusable);
+    }
+    bool verified = EVP_PKEY_verify_init(ctx.get()) == 1 &&
+                    EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) == 1 &&
+                    EVP_PKEY_CTX_set_signature_md(ctx.get(), EVP_sha256()) == 1 &&
+                    EVP_PKEY_verify(ctx.get(), signature.data(), sigLength, kProbeDigest, sizeof(kProbeDigest)) == 1;
+    ERR_clear_error();
+    if (!verified) {
+        throw PlatformException(std::string(kUnusable) + " Reason: key parameters are inconsistent");
+    }
+}
+
 }  // namespace
 
 std::shared_ptr<const RsaPrivateKey> RsaPrivateKey::fromPEM(const SafeString& pem, const SafeString& passphrase)
@@ -66,12 +101,22 @@ std::shared_ptr<const RsaPrivateKey> RsaPrivateKey::fromPEM(const SafeString& pe
         throw PlatformException::fromOpenSsl("Private key text is not a valid PEM private key.");
     }
     ERR_clear_error();
+    std::shared_ptr<const RsaPrivateKey> decoded(new RsaPrivateKey(key));
     // RSA-PSS keys are refused too: they cannot make PKCS#1 v1.5 signatures.
     if (EVP_PKEY_get_base_id(key) != EVP_PKEY_RSA) {
-        EVP_PKEY_free(key);
         throw PlatformException("Private key is not an RSA key.");
     }
-    return std::shared_ptr<const RsaPrivateKey>(new RsaPrivateKey(key));
+    // A key file with one changed character often still decodes: the damage
+    // lands inside one of the big numbers, or inside a cipher block of an
+    // encrypted key whose padding survives. The numbers then no longer belong
+    // together and the service refuses every signature with 401, which hides
+    // the cause. One signature checked with the key's own public half finds
+    // this at load time for about the cost of one request signature; a full
+    // pairwise check would also test the primes, hundreds of milliseconds for
+    // a 4096-bit key. Callers keep decoded keys (PrivateKeyCache), so this is
+    // paid once per key file, not per request.
+    checkSignsVerifiably(key);
+    return decoded;
 }
 
 RsaPrivateKey::~RsaPrivateKey() { EVP_PKEY_free(m_key); }

@@ -17,10 +17,15 @@ public:
     // encryption header) and PKCS#8 ("PRIVATE KEY", "ENCRYPTED PRIVATE KEY").
     // The pass phrase is handed to OpenSSL through a callback, so OpenSSL never
     // prompts on a terminal; it is ignored for an unencrypted key.
+    // A decoded key must sign: one signature of a fixed digest is made and
+    // verified with the key's public half before the key is returned, so a
+    // damaged key that still decodes fails here, not at the service.
     // Throws PlatformException:
     //  - "Failed to import private key. ..." when the key is encrypted and the
     //    pass phrase does not decrypt it (wrong or empty pass phrase, damaged key);
-    //  - "Private key text is not a valid PEM private key. ..." for other text;
+    //  - "Private key text is not a valid PEM private key. ..." for other text,
+    //    and for a key that decodes but cannot sign or whose signature does not
+    //    verify (" Reason: key parameters are inconsistent");
     //  - "Private key is not an RSA key." for a key of another type (EC, ...).
     // Messages never contain the key text or the pass phrase.
     static std::shared_ptr<const RsaPrivateKey> fromPEM(const SafeString& pem, const SafeString& passphrase);

@@ -102,6 +102,33 @@ TEST(RsaSigner, OtherKeyTypesAndTextAreRefusedWithoutBlamingThePassPhrase)
     EXPECT_EQ(empty.find("Failed to import private key."), std::string::npos) << empty;
 }
 
+TEST(RsaSigner, DamagedKeyThatStillDecodesIsRefusedAtLoad)
+{
+    const std::string passphrase = "correct horse";
+    for (KeyFormat format : {KeyFormat::Pkcs1, KeyFormat::Pkcs1Encrypted, KeyFormat::Pkcs8, KeyFormat::Pkcs8Encrypted}) {
+        SCOPED_TRACE(static_cast<int>(format));
+        const std::string pem = ocw_test::damagedPem(sharedRsaKey(), format, passphrase);
+        // OpenSSL alone decodes it, and its own consistency check refuses it: the
+        // damage is in the numbers, which only a key check can see.
+        ocw_test::PkeyPtr decoded = ocw_test::decodePem(pem, passphrase);
+        ASSERT_TRUE(decoded) << "the damaged key no longer decodes; the test would not reach the check";
+        std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> ctx(
+            EVP_PKEY_CTX_new_from_pkey(nullptr, decoded.get(), nullptr), &EVP_PKEY_CTX_free);
+        EXPECT_NE(EVP_PKEY_pairwise_check(ctx.get()), 1);
+
+        RsaSigner signer;
+        std::string text = exceptionText([&] { signer.setPriKeyPEM(SafeString(pem), SafeString(passphrase.c_str())); });
+        // Not blamed on the pass phrase: it did decrypt the key.
+        EXPECT_EQ(text, "Private key text is not a valid PEM private key. Reason: key parameters are inconsistent");
+        EXPECT_FALSE(signer.hasKey());
+    }
+    // The same key, undamaged, still loads.
+    RsaSigner signer;
+    signer.setPriKeyPEM(SafeString(ocw_test::toPem(sharedRsaKey(), KeyFormat::Pkcs8Encrypted, passphrase)),
+                        SafeString(passphrase.c_str()));
+    EXPECT_TRUE(signer.hasKey());
+}
+
 TEST(RsaSigner, RefusesToSignWithoutKeyOrWithDigestOfWrongLength)
 {
     RsaSigner signer;

@@ -30,6 +30,19 @@ EVP_PKEY* keyB()
 
 std::string b64(const std::string& bytes) { return OCIConnectionUtils::Base64URLEncode(bytes); }
 
+// Neither the PEM armour nor any base64 line of the key file may reach the log.
+void expectNoKeyText(const std::string& logged, const std::string& pem)
+{
+    EXPECT_EQ(logged.find("PRIVATE KEY"), std::string::npos);
+    std::istringstream lines(pem);
+    std::string line;
+    while (std::getline(lines, line)) {
+        if (line.size() >= 40 && line.find("-----") == std::string::npos) {
+            EXPECT_EQ(logged.find(line), std::string::npos) << "key text in log";
+        }
+    }
+}
+
 class SigningTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -261,16 +274,36 @@ TEST_F(SigningTest, PassPhraseAndKeyTextNeverReachTheLog)
     std::string logged = log.all();
     EXPECT_FALSE(logged.empty());
     EXPECT_EQ(logged.find("XYZZY"), std::string::npos);
-    EXPECT_EQ(logged.find("PRIVATE KEY"), std::string::npos);
-    // No line of either key's base64 body may appear.
-    for (const std::string* text : {&pem, &plainPem}) {
-        std::istringstream lines(*text);
-        std::string line;
-        while (std::getline(lines, line)) {
-            if (line.size() >= 40 && line.find("-----") == std::string::npos) {
-                EXPECT_EQ(logged.find(line), std::string::npos) << "key text in log";
-            }
-        }
+    expectNoKeyText(logged, pem);
+    expectNoKeyText(logged, plainPem);
+}
+
+TEST_F(SigningTest, DamagedKeyFailsTheSignatureAsAKeyErrorUntilTheFileIsRepaired)
+{
+    const std::string pass = "Damaged-XYZZY-phrase";
+    for (KeyFormat format : {KeyFormat::Pkcs1, KeyFormat::Pkcs8, KeyFormat::Pkcs8Encrypted}) {
+        SCOPED_TRACE(static_cast<int>(format));
+        const std::string damaged = ocw_test::damagedPem(keyA(), format, pass);
+        std::string keyFile = m_dir.write("damaged.pem", damaged);
+        ocw_test::LogCapture log;
+        bool decryptFailed = false;
+        std::string signature;
+        EXPECT_FALSE(sign(keyFile, "data", SafeString(pass.c_str()), decryptFailed, signature));
+        // The pass phrase was right: the agent must not be told to check it.
+        EXPECT_FALSE(decryptFailed);
+        EXPECT_TRUE(log.contains("Failed to sign the digest."));
+        EXPECT_TRUE(log.contains("key parameters are inconsistent"));
+        // A second request fails the same way: a refused key is never kept.
+        EXPECT_FALSE(sign(keyFile, "data", SafeString(pass.c_str()), decryptFailed, signature));
+
+        std::string logged = log.all();
+        EXPECT_EQ(logged.find("XYZZY"), std::string::npos);
+        expectNoKeyText(logged, damaged);
+
+        // Repaired in place: the next signature uses the good key.
+        m_dir.write("damaged.pem", ocw_test::toPem(keyA(), format, pass));
+        ASSERT_TRUE(sign(keyFile, "data", SafeString(pass.c_str()), decryptFailed, signature));
+        EXPECT_TRUE(ocw_test::verifyRsaSha256(keyA(), "data", signature));
     }
 }
 
