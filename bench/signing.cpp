@@ -5,10 +5,7 @@
 //
 //   bench_signing --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 //
-// Measured on the 2-core build machine (load average about 4.5, Debug build of
-// this code, system OpenSSL 3.0.19, 2048-bit key), CPU-time medians of 5 runs:
-//   plain PKCS#1:      no cache 1129-1461 us (685-886/s),   cache 297-311 us (3.2-3.4k/s)
-//   encrypted PKCS#8:  no cache 1739-2290 us (437-575/s),   cache 264-275 us (3.6-3.8k/s)
+// Results (Release build, medians, ratios) are kept in docs/benchmarks.md.
 // With the cache a signature costs one open+fstat and the RSA operation.
 #include <benchmark/benchmark.h>
 
