@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <climits>
+#include <memory>
 #include <mutex>
 
 #include "platform/DebugLog.h"
@@ -49,10 +50,21 @@ std::string UrlForLog(const std::string& url) {
     return url.substr(0, hostStart) + "***@" + url.substr(at + 1);
 }
 
+struct EasyCleanup {
+    void operator()(CURL* h) const { curl_easy_cleanup(h); }
+};
+using EasyHandle = std::unique_ptr<CURL, EasyCleanup>;
+
 }  // namespace
 
 struct HttpClient::Impl {
-    CURL* curl = nullptr;
+    // Holds the configuration and the caller's options and never runs a
+    // transfer itself: each request runs on a copy of it (see SendHttpRequest).
+    CURL* base = nullptr;
+    // Connection cache, TLS sessions and resolved names of all the client's
+    // requests. It has no lock callbacks: the client serves one thread at a
+    // time, so no two of its transfers ever touch the share at once.
+    CURLSH* share = nullptr;
     char errorBuffer[CURL_ERROR_SIZE] = {0};
 
     // Set up once, kept across requests.
@@ -85,7 +97,9 @@ struct HttpClient::Impl {
     const EventBase* Ctx() const { return logCtx ? logCtx : &ownLog; }
 
     ~Impl() {
-        if (curl) curl_easy_cleanup(curl);
+        if (base) curl_easy_cleanup(base);
+        // After every handle that used it; closes the cached connections.
+        if (share) curl_share_cleanup(share);
         curl_slist_free_all(requestHeaders);
         for (X509* c : extraCaCerts) X509_free(c);
         Wipe(basicCredentials);
@@ -159,7 +173,21 @@ struct HttpClient::Impl {
             OCW_LOG_ERROR(Ctx(), "CA file [%s] (sCACertFile) holds no PEM certificate", path.c_str());
     }
 
+    void CreateShare() {
+        share = curl_share_init();
+        CURLSHcode rc = share ? CURLSHE_OK : CURLSHE_NOMEM;
+        for (curl_lock_data what : {CURL_LOCK_DATA_CONNECT, CURL_LOCK_DATA_SSL_SESSION, CURL_LOCK_DATA_DNS})
+            if (rc == CURLSHE_OK) rc = curl_share_setopt(share, CURLSHOPT_SHARE, what);
+        if (rc != CURLSHE_OK) {
+            // Still correct, only slower: every request opens its own connection.
+            OCW_LOG_ERROR(Ctx(), "Cannot share connections between requests: %s", curl_share_strerror(rc));
+            if (share) curl_share_cleanup(share);
+            share = nullptr;
+        }
+    }
+
     void Configure() {
+        CURL* curl = base;
         curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, errorBuffer);
         curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
         curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &Impl::OnBody);
@@ -220,7 +248,7 @@ struct HttpClient::Impl {
         return false;
     }
 
-    bool BuildHeaders() {
+    bool BuildHeaders(CURL* curl) {
         curl_slist_free_all(requestHeaders);
         requestHeaders = nullptr;
         std::vector<std::string> lines;
@@ -241,9 +269,9 @@ struct HttpClient::Impl {
         return curl_easy_setopt(curl, CURLOPT_HTTPHEADER, requestHeaders) == CURLE_OK;
     }
 
-    // The handle is reused, so every request states its whole method setup:
-    // nothing of the previous request's method or body may leak into it.
-    bool SetMethod(HTTP_REQ_TYPE type, const char* data, size_t length) {
+    // The handle copies the caller's options, which may include method or body
+    // options of their own: every request states its whole method setup.
+    bool SetMethod(CURL* curl, HTTP_REQ_TYPE type, const char* data, size_t length) {
         static const char kEmpty[] = "";
         curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(-1));
         curl_easy_setopt(curl, CURLOPT_POSTFIELDS, static_cast<const char*>(nullptr));
@@ -282,17 +310,19 @@ struct HttpClient::Impl {
 
 HttpClient::HttpClient() : m_impl(new Impl) {
     GlobalInitOnce();
-    m_impl->curl = curl_easy_init();
-    if (m_impl->curl)
+    m_impl->base = curl_easy_init();
+    if (m_impl->base) {
         m_impl->Configure();
-    else
+        m_impl->CreateShare();
+    } else {
         OCW_LOG_ERROR(m_impl->Ctx(), "curl_easy_init failed");
+    }
 }
 
 HttpClient::~HttpClient() { delete m_impl; }
 
 bool HttpClient::HttpClientInit(const char* contentType, bool, bool, HttpWriteCallback callback) {
-    if (!m_impl->curl) return false;
+    if (!m_impl->base) return false;
     std::string ct = contentType ? StringUtil::Trim(contentType) : std::string();
     if (ct.find_first_of("\r\n") != std::string::npos) {
         OCW_LOG_ERROR(m_impl->Ctx(), "Content type contains a line break");
@@ -329,7 +359,7 @@ void HttpClient::FreeHeaderList() {
 }
 
 bool HttpClient::SetOptionInt(int curlOption, long value) {
-    if (!m_impl->curl) return false;
+    if (!m_impl->base) return false;
     const curl_easyoption* info = curl_easy_option_by_id(static_cast<CURLoption>(curlOption));
     if (!info || (info->type != CURLOT_LONG && info->type != CURLOT_VALUES && info->type != CURLOT_OFF_T)) {
         OCW_LOG_ERROR(m_impl->Ctx(), "Option %d is not a number option", curlOption);
@@ -355,20 +385,20 @@ bool HttpClient::SetOptionInt(int curlOption, long value) {
             break;
     }
     CURLcode rc = info->type == CURLOT_OFF_T
-                      ? curl_easy_setopt(m_impl->curl, info->id, static_cast<curl_off_t>(value))
-                      : curl_easy_setopt(m_impl->curl, info->id, value);
+                      ? curl_easy_setopt(m_impl->base, info->id, static_cast<curl_off_t>(value))
+                      : curl_easy_setopt(m_impl->base, info->id, value);
     return rc == CURLE_OK;
 }
 
 bool HttpClient::SetOptionString(int curlOption, const std::string& value) {
-    if (!m_impl->curl) return false;
+    if (!m_impl->base) return false;
     const curl_easyoption* info = curl_easy_option_by_id(static_cast<CURLoption>(curlOption));
     if (!info || info->type != CURLOT_STRING) {
         OCW_LOG_ERROR(m_impl->Ctx(), "Option %d is not a text option", curlOption);
         return false;
     }
     // libcurl copies text options, so the caller's string may go away.
-    return curl_easy_setopt(m_impl->curl, info->id, value.c_str()) == CURLE_OK;
+    return curl_easy_setopt(m_impl->base, info->id, value.c_str()) == CURLE_OK;
 }
 
 void HttpClient::SetLogContext(const EventBase* ctx) { m_impl->logCtx = ctx; }
@@ -378,7 +408,7 @@ bool HttpClient::SendHttpRequest(HTTP_REQ_TYPE type, const std::string& url, con
     Impl& d = *m_impl;
     d.ResetResponse();
     const char* method = GetHttpReqTypeString(type);
-    if (!d.curl) {
+    if (!d.base) {
         d.transferError = "no transfer handle";
         return false;
     }
@@ -387,26 +417,38 @@ bool HttpClient::SendHttpRequest(HTTP_REQ_TYPE type, const std::string& url, con
         if (logFailure || d.trace) OCW_LOG_ERROR(d.Ctx(), "HTTP %s request without a URL", method);
         return false;
     }
-    if (!d.SetMethod(type, body, bodyLength)) {
+    // A fresh handle per request: nothing libcurl keeps in a handle about one
+    // transfer can reach the next (libcurl before 8.1.0 unfolded an answer's
+    // folded first header line into the previous transfer's freed headers).
+    // Connections and TLS sessions live in the share and are still reused.
+    EasyHandle handle(curl_easy_duphandle(d.base));
+    CURL* curl = handle.get();
+    if (!curl) {
+        d.transferError = "cannot create a transfer handle";
+        if (logFailure || d.trace) OCW_LOG_ERROR(d.Ctx(), "HTTP %s: %s", method, d.transferError.c_str());
+        return false;
+    }
+    if (d.share) curl_easy_setopt(curl, CURLOPT_SHARE, d.share);
+    if (!d.SetMethod(curl, type, body, bodyLength)) {
         d.transferError = StringUtil::Format("unsupported request type %d", static_cast<int>(type));
         if (logFailure || d.trace) OCW_LOG_ERROR(d.Ctx(), "%s", d.transferError.c_str());
         return false;
     }
-    if (!d.BuildHeaders()) {
+    if (!d.BuildHeaders(curl)) {
         d.transferError = "cannot build the request headers";
         if (logFailure || d.trace) OCW_LOG_ERROR(d.Ctx(), "%s", d.transferError.c_str());
         return false;
     }
     if (d.hasBasicCredentials) {
-        curl_easy_setopt(d.curl, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
-        curl_easy_setopt(d.curl, CURLOPT_USERPWD, d.basicCredentials.c_str());
+        curl_easy_setopt(curl, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
+        curl_easy_setopt(curl, CURLOPT_USERPWD, d.basicCredentials.c_str());
     } else {
-        curl_easy_setopt(d.curl, CURLOPT_USERPWD, static_cast<const char*>(nullptr));
+        curl_easy_setopt(curl, CURLOPT_USERPWD, static_cast<const char*>(nullptr));
     }
-    curl_easy_setopt(d.curl, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
 
-    CURLcode rc = curl_easy_perform(d.curl);
-    curl_easy_getinfo(d.curl, CURLINFO_RESPONSE_CODE, &d.status);
+    CURLcode rc = curl_easy_perform(curl);
+    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &d.status);
     if (rc != CURLE_OK) {
         if (d.stalled)
             d.transferError = StringUtil::Format("Transfer stalled: no data moved for %lld seconds", d.stallSeconds);
@@ -461,7 +503,7 @@ const char* HttpClient::GetHttpReqTypeString(HTTP_REQ_TYPE type) {
 void HttpClient::UrlEscape(const std::string& text, std::string& result) {
     result.clear();
     if (text.empty() || text.size() > static_cast<size_t>(INT_MAX)) return;
-    char* escaped = curl_easy_escape(m_impl->curl, text.data(), static_cast<int>(text.size()));
+    char* escaped = curl_easy_escape(m_impl->base, text.data(), static_cast<int>(text.size()));
     if (!escaped) return;
     result = escaped;
     curl_free(escaped);

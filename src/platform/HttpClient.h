@@ -23,8 +23,11 @@ enum HTTP_HEADER_TYPE {
 
 using HttpWriteCallback = size_t (*)(char* data, size_t size, size_t count, void* user);
 
-// One HTTP transfer object over one libcurl easy handle. The handle is kept for
-// the life of the client so that connections and TLS sessions are reused.
+// One HTTP transfer object. Each request runs on a fresh libcurl easy handle
+// copied from one the client keeps with its configuration and options, so no
+// libcurl state of one transfer reaches the next; connections, TLS sessions
+// and resolved names live in a share object of the client and are reused
+// across requests. The answer is kept in the client's own buffers.
 // Not thread-safe: one client serves one thread at a time.
 //
 // Configuration (section "VirtualServer", read when the client is built):

@@ -1,18 +1,27 @@
-// The HTTP client against a real TLS server on loopback: what goes out on the
-// wire, what comes back readable, and how failures end.
+// The HTTP client against a real TLS server on loopback (and a plain one that
+// writes scripted bytes, for answers no server library would write): what goes
+// out on the wire, what comes back readable, and how failures end.
 #include <arpa/inet.h>
 #include <curl/curl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <openssl/ssl.h>
+#include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <cstring>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "LoopbackTlsServer.h"
@@ -65,6 +74,74 @@ int UnusedPort() {
     return ntohs(addr.sin_port);
 }
 
+// Plain HTTP on 127.0.0.1 that writes scripted answers byte for byte, for
+// answers no server library would produce: the n-th connection gets the n-th
+// answer and is closed after it; connections beyond the script are closed
+// unanswered. Records each request head (request line and headers) before
+// answering.
+class ScriptedHttpServer {
+public:
+    explicit ScriptedHttpServer(std::vector<std::string> answers) : m_answers(std::move(answers)) {
+        m_listen = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in addr{};
+        addr.sin_family = AF_INET;
+        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t len = sizeof(addr);
+        if (m_listen < 0 || bind(m_listen, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0 ||
+            listen(m_listen, 8) != 0 || getsockname(m_listen, reinterpret_cast<sockaddr*>(&addr), &len) != 0)
+            throw std::runtime_error(std::string("scripted server: ") + std::strerror(errno));
+        m_port = ntohs(addr.sin_port);
+        m_thread = std::thread([this] { Serve(); });
+    }
+    ~ScriptedHttpServer() {
+        m_stop = true;
+        m_thread.join();
+        close(m_listen);
+    }
+
+    std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(m_port) + path; }
+    std::vector<std::string> requestHeads() {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_heads;
+    }
+
+private:
+    void Serve() {
+        for (size_t i = 0;; ++i) {
+            int fd = -1;
+            while (fd < 0) {
+                if (m_stop) return;
+                pollfd p{m_listen, POLLIN, 0};
+                if (poll(&p, 1, 50) == 1) fd = accept(m_listen, nullptr, nullptr);
+            }
+            timeval timeout{2, 0};  // a client that never finishes its head must not hold the test
+            setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+            std::string head;
+            char buf[4096];
+            while (head.find("\r\n\r\n") == std::string::npos) {
+                ssize_t n = recv(fd, buf, sizeof(buf), 0);
+                if (n <= 0) break;
+                head.append(buf, static_cast<size_t>(n));
+            }
+            {
+                std::lock_guard<std::mutex> lock(m_mutex);
+                m_heads.push_back(head);
+            }
+            if (i < m_answers.size()) send(fd, m_answers[i].data(), m_answers[i].size(), MSG_NOSIGNAL);
+            shutdown(fd, SHUT_RDWR);
+            close(fd);
+        }
+    }
+
+    std::vector<std::string> m_answers;
+    int m_listen = -1;
+    int m_port = 0;
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+    std::mutex m_mutex;
+    std::vector<std::string> m_heads;
+};
+
 std::string Body(HttpClient& c) {
     size_t size = 0;
     const char* p = c.GetHttpResponse(size, false);
@@ -91,6 +168,10 @@ protected:
             res.set_header("Set-Cookie", "session=abc; Path=/");
             res.set_header("Location", "/jobs/7");
             res.set_content("{}", "application/json");
+        });
+        s.Get("/session", [](const httplib::Request& req, httplib::Response& res) {
+            res.set_header("X-Tls-Resumed", req.ssl && SSL_session_reused(req.ssl) ? "yes" : "no");
+            res.set_content("ok", "text/plain");
         });
         s.Get("/stall", [this](const httplib::Request&, httplib::Response& res) {
             res.set_content_provider(1000, "text/plain", [this](size_t offset, size_t, httplib::DataSink& sink) {
@@ -321,6 +402,19 @@ TEST_F(HttpClientTest, ReusesOneConnectionForConsecutiveRequests) {
     EXPECT_EQ(srv.connectionCount(), 1u);
 }
 
+TEST_F(HttpClientTest, ResumesTlsSessionWhenItMustOpenAnotherConnection) {
+    HttpClient c;
+    c.HttpClientInit(nullptr, true, true);
+    c.AppendHeader(HTTP_HEADER_LINE, "Connection: close");  // every request on a connection of its own
+    ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_GET, srv.url("/session"), nullptr, 0, false, true, nullptr));
+    EXPECT_STREQ(c.GetHttpResponseHeader("X-Tls-Resumed"), "X-Tls-Resumed: no\r\n");
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_GET, srv.url("/session"), nullptr, 0, false, true, nullptr));
+        EXPECT_STREQ(c.GetHttpResponseHeader("X-Tls-Resumed"), "X-Tls-Resumed: yes\r\n");
+    }
+    EXPECT_EQ(srv.connectionCount(), 3u);
+}
+
 TEST_F(HttpClientTest, ReturnsFalseWithStatusZeroWhenConnectionIsRefused) {
     LogCapture log;
     HttpClient c;
@@ -414,6 +508,62 @@ TEST_F(HttpClientTest, DeliversBodyToWriteCallbackWhenGiven) {
     size_t size = 99;
     EXPECT_EQ(c.GetHttpResponse(size, false), nullptr);
     EXPECT_EQ(size, 0u);
+}
+
+TEST(HttpClient, ReturnsCleanlyWhenFirstHeaderLineIsFoldedAfterAnEarlierAnswer) {
+    // libcurl before 8.1.0 unfolds such a line into the previous transfer's
+    // last header, long freed, when the handle carried a transfer before.
+    const std::string closing = "Content-Length: 0\r\nConnection: close\r\n\r\n";
+    ScriptedHttpServer server({
+        "HTTP/1.1 200 OK\r\nopc-request-id: first\r\n" + closing,
+        "HTTP/1.1 200 OK\r\n :\r\nopc-request-id: second\r\n" + closing,
+        "HTTP/1.1 200 OK\r\n\tfolded: value\r\nopc-request-id: third\r\n" + closing,
+        "HTTP/1.1 200 OK\r\nopc-request-id: fourth\r\n" + closing,
+    });
+    HttpClient c;
+    c.HttpClientInit(nullptr, true, true);
+    ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_GET, server.url("/1"), nullptr, 0, false, false, nullptr));
+    EXPECT_STREQ(c.GetHttpResponseHeader("opc-request-id"), "opc-request-id: first\r\n");
+    for (const char* id : {"second", "third"}) {
+        SCOPED_TRACE(id);
+        // Whether libcurl takes or refuses the answer depends on its version;
+        // either way the call returns, and nothing of an earlier answer is left.
+        bool ok = c.SendHttpRequest(HTTP_REQ_GET, server.url("/2"), nullptr, 0, false, false, nullptr);
+        const char* line = c.GetHttpResponseHeader("opc-request-id");
+        if (ok) {
+            EXPECT_STREQ(line, ("opc-request-id: " + std::string(id) + "\r\n").c_str());
+        } else {
+            EXPECT_NE(c.GetLastTransferError(), "");
+            if (line) {
+                EXPECT_STREQ(line, ("opc-request-id: " + std::string(id) + "\r\n").c_str());
+            }
+        }
+    }
+    ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_GET, server.url("/4"), nullptr, 0, false, false, nullptr))
+        << c.GetLastTransferError();
+    EXPECT_STREQ(c.GetHttpResponseHeader("opc-request-id"), "opc-request-id: fourth\r\n");
+    EXPECT_EQ(server.requestHeads().size(), 4u);
+}
+
+TEST(HttpClient, SendsEveryFollowingRequestThroughProxySetAsOption) {
+    const std::string ok = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok";
+    ScriptedHttpServer server({ok, ok, ok});  // first the origin, then the proxy
+    HttpClient c;
+    c.HttpClientInit(nullptr, true, true);
+    ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_GET, server.url("/direct"), nullptr, 0, false, false, nullptr));
+    ASSERT_TRUE(c.SetOptionString(CURLOPT_PROXY, server.url("")));
+    ASSERT_TRUE(c.SetOptionInt(CURLOPT_PROXYTYPE, CURLPROXY_HTTP));
+    for (const char* path : {"/a", "/b"}) {
+        ASSERT_TRUE(c.SendHttpRequest(HTTP_REQ_GET, std::string("http://backend.invalid") + path, nullptr, 0, false,
+                                      false, nullptr))
+            << c.GetLastTransferError();
+        EXPECT_EQ(Body(c), "ok");
+    }
+    auto heads = server.requestHeads();
+    ASSERT_EQ(heads.size(), 3u);
+    EXPECT_EQ(heads[0].rfind("GET /direct HTTP/1.1\r\n", 0), 0u) << heads[0];
+    EXPECT_EQ(heads[1].rfind("GET http://backend.invalid/a HTTP/1.1\r\n", 0), 0u) << heads[1];
+    EXPECT_EQ(heads[2].rfind("GET http://backend.invalid/b HTTP/1.1\r\n", 0), 0u) << heads[2];
 }
 
 TEST(HttpClient, SetsOnlyOptionsOfMatchingKind) {
