@@ -136,7 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string input(reinterpret_cast<const char*>(data), size);
     const std::string url = "http://127.0.0.1:" + std::to_string(server->port()) + "/20160918/instances";
     // Connections reuse their client, so the fuzzed answer always follows an
-    // ordinary one on the same handle: whatever the previous answer left in
+    // ordinary one on the same client: whatever the previous answer left in
     // the client (and in libcurl) is there, and the same input behaves the
     // same way whatever ran before it.
     server->SetAnswer("HTTP/1.1 200 OK\r\nopc-request-id: first\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
