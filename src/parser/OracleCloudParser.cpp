@@ -59,7 +59,7 @@ std::time_t ParseIsoTime(const char* text) {
     std::memset(&tm, 0, sizeof(tm));
     const char* p = strptime(text, "%Y-%m-%dT%H:%M:%S", &tm);
     if (p == nullptr) return 0;
-    // OCI sends milliseconds ("...:29.600Z"); the design's format stops at
+    // OCI sends milliseconds ("...:29.600Z"); the record format stops at
     // whole seconds, so a fraction is skipped rather than failing the parse.
     if (*p == '.') {
         ++p;
