@@ -8,6 +8,7 @@
 #include "common/TimeUtil.h"
 #include "common/TlsMaterial.h"
 #include "oci/OciCloud.h"
+#include "oci/OciErrors.h"
 #include "oci/OciWorld.h"
 
 #include <sys/stat.h>
@@ -246,12 +247,30 @@ bool Emulator::start() {
         impl->admin->registerRoutes(impl->adminRoutes);
 
         OciCloud* oci = impl->oci.get();
-        impl->pipeline = std::make_unique<Pipeline>(
-            impl->routes, impl->adminRoutes, impl->store, impl->stats, impl->log, impl->faults,
-            [oci](const ApiRequest& rq, RouteAuth a, ApiResponse& rs, std::string& reason) {
-                return oci->authenticate(rq, a, rs, reason);
-            },
-            [oci](const std::string& host) { return oci->regionForHost(host); });
+        std::map<RouteAuth, AuthScheme> schemes;
+        schemes[RouteAuth::OciSignature] =
+            AuthScheme{[oci](const ApiRequest& rq, RouteAuth a, ApiResponse& rs, std::string& reason) {
+                           return oci->authenticate(rq, a, rs, reason);
+                       },
+                       OciError};
+        schemes[RouteAuth::None] =
+            AuthScheme{[](const ApiRequest&, RouteAuth, ApiResponse&, std::string&) { return true; }, OciError};
+        schemes[RouteAuth::Admin] =
+            AuthScheme{[](const ApiRequest& rq, RouteAuth, ApiResponse& rs, std::string& reason) {
+                           if (IsLoopback(rq.remoteAddr)) return true;
+                           reason = "admin from a remote address";
+                           rs.error(403, "NotAllowed", "The admin interface answers loopback clients only.");
+                           return false;
+                       },
+                       [](ApiResponse& rs, int status, const std::string& code, const std::string& message) {
+                           rs.error(status, code, message);
+                       }};
+        impl->pipeline = std::make_unique<Pipeline>(impl->routes, impl->adminRoutes, impl->store, impl->stats,
+                                                    impl->log, impl->faults, std::move(schemes),
+                                                    [oci](const ApiRequest& rq, std::string& region, ApiResponse&) {
+                                                        region = oci->regionForHost(rq.host);
+                                                        return true;
+                                                    });
 
         Pipeline* pipeline = impl->pipeline.get();
         std::string listenError;
