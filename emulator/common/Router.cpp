@@ -55,11 +55,15 @@ void Router::area(const std::string& pathPrefix, RouteAuth auth) { areas_.emplac
 RouteAuth Router::areaOf(const std::string& rawPath) const {
     size_t best = 0;
     RouteAuth auth = fallback_;
-    for (const auto& a : areas_)
-        if (a.first.size() > best && rawPath.compare(0, a.first.size(), a.first) == 0) {
-            best = a.first.size();
+    for (const auto& a : areas_) {
+        const size_t n = a.first.size();
+        // Whole segments only: "/instance" owns "/instance/x", not "/instances".
+        const bool segment = a.first.back() == '/' || rawPath.size() == n || rawPath[n] == '/';
+        if (n > best && rawPath.compare(0, n, a.first) == 0 && segment) {
+            best = n;
             auth = a.second;
         }
+    }
     return auth;
 }
 
