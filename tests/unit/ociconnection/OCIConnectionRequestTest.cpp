@@ -120,11 +120,13 @@ TEST_F(OciConnectionRequest, HeadersArriveInTheOrderTheConnectionBuildsThem)
     EXPECT_EQ(requests[0].requestLine, "GET /20160918/shapes HTTP/1.1");
     // libcurl always puts Host right after the request line; every other
     // header follows the order the connection built, the content type of the
-    // client's set-up first.
-    std::vector<std::string> expectedGet = {"Host", "content-type", "Accept", "Date", "Connection", "authorization"};
+    // client's set-up first; the two extension headers come last.
+    std::vector<std::string> expectedGet = {"Host", "content-type", "Accept", "Date", "Connection", "authorization",
+                                            "User-Agent", "opc-request-id"};
     EXPECT_EQ(requests[0].headerNames(), expectedGet);
     std::vector<std::string> expectedPost = {"Host", "content-type", "Accept", "Date", "Content-Length",
-                                             "x-content-sha256", "Connection", "authorization"};
+                                             "x-content-sha256", "Connection", "authorization", "User-Agent",
+                                             "opc-request-id"};
     EXPECT_EQ(requests[1].headerNames(), expectedPost);
     EXPECT_EQ(requests[1].body, "{\"a\":1}");
     EXPECT_EQ(requests[1].headerLines[0], "Host: iaas.us-ashburn-1.oraclecloud.com");
