@@ -197,8 +197,10 @@ std::string Session::waitFor(const WaitSpec& spec) {
                                           std::max(pause, milliseconds(1000)) * (1 << std::min(retries, 6u)));
             const std::string why = lastFailure.httpStatus != 0 ? "HTTP " + std::to_string(lastFailure.httpStatus)
                                                                 : lastFailure.transferError;
-            progress.state("poll failed (" + why + "), trying again in " +
-                           std::to_string(std::chrono::duration_cast<seconds>(next).count()) + " s");
+            if (Clock::now() < deadline) {
+                progress.state("poll failed (" + why + "), trying again in " +
+                               std::to_string(std::chrono::duration_cast<seconds>(next).count()) + " s");
+            }
         }
         if (Clock::now() >= deadline) {
             progress.finish();
