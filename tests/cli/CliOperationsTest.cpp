@@ -207,7 +207,7 @@ TEST_F(CliOperations, DatabaseRestoreWaitsPastTheStateTheCloudStillShowsRightAft
     // A restore that keeps the database UPDATING for a while, and a cloud that
     // goes on answering AVAILABLE for a moment after accepting it.
     TempDir slowState;
-    ocwemu::Emulator slow(TestEmulatorOptions(slowState, 2500));
+    ocwemu::Emulator slow(OwnEmulatorOptions(slowState, 2500));
     ASSERT_TRUE(slow.start()) << slow.lastError();
     const auto run = [this, &slow](std::vector<std::string> args) {
         args.insert(args.begin(), {"--config-file", slow.info().ociConfig, "--ini", slow.info().ini, "--json"});

@@ -4,30 +4,26 @@
 // probe that leaves its region switched.
 #include <gtest/gtest.h>
 
-#include "e2e/EmulatorFixture.h"
-#include "oci/OracleCloudInfrastructureQueries.h"
-#include "parser/OracleCloudInfrastructureParser.h"
+#include "EmulatorFixture.h"
 #include "platform/JsonHelper.h"
-#include "transport/OracleCloudInfrastructureConnection.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class InventoryBackendQueries : public EmulatorTest {
 protected:
     void SetUp() override {
         EmulatorTest::SetUp();
         if (HasFatalFailure()) return;
-        connection_ = std::make_unique<COracleCloudInfrastructureConnection>(&parser_);
-        ASSERT_TRUE(connection_->connect(info().tenancy, UserToken(info().region), "", OCI_SERVICE_CORE));
-        queries_ = std::make_unique<COracleCloudInfrastructureQueries>(connection_.get(), &parser_);
+        backend_ = ConnectBackend();
+        ASSERT_TRUE(backend_);
+        queries_ = &backend_->queries;
     }
 
-    COracleCloudInfrastructureParser parser_;
-    std::unique_ptr<COracleCloudInfrastructureConnection> connection_;
-    std::unique_ptr<COracleCloudInfrastructureQueries> queries_;
+    std::unique_ptr<ocwtest::OciBackend> backend_;
+    OracleCloudSDKWrapper::COracleCloudInfrastructureQueries* queries_ = nullptr;
 };
 
 TEST_F(InventoryBackendQueries, AttachmentOfAVolumeToItsInstanceIsFound) {
@@ -152,7 +148,7 @@ TEST_F(InventoryBackendQueries, ExistenceProbeLeavesItsRegionSwitched) {
 
     // The volume lives in the home region: the other region does not know it.
     EXPECT_FALSE(exists);
-    EXPECT_EQ(connection_->getRegion(), "us-ashburn-1");
+    EXPECT_EQ(backend_->connection.getRegion(), "us-ashburn-1");
     EXPECT_EQ(CountRequests("GET", "/20160918/volumes/", "iaas.us-ashburn-1."), 1u);
 }
 
@@ -168,7 +164,7 @@ TEST_F(InventoryBackendQueries, ListsAppendToWhatTheCallerPassed) {
 
 TEST_F(InventoryBackendQueries, PageLimitIsReadFromTheConfiguration) {
     WriteConfig({{"nOCIPageLimit", "50"}});
-    COracleCloudInfrastructureQueries configured(connection_.get(), &parser_);
+    COracleCloudInfrastructureQueries configured(&backend_->connection, &backend_->parser);
     std::vector<SRegionInfoLib> regions;
 
     ASSERT_TRUE(configured.GetRegionInfoList(regions, 0));

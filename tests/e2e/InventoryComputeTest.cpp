@@ -6,12 +6,13 @@
 #include <algorithm>
 #include <set>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
+#include "LogCapture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 constexpr unsigned long long kGuestOs = 2;
 constexpr unsigned long long kDisks = 16;
@@ -127,7 +128,7 @@ TEST_F(InventoryCompute, AllInstancesComeFromEveryCompartmentPageByPageWithoutTe
     std::vector<SVMInfoLib> vms(1);  // the list is cleared first
     ASSERT_TRUE(facade->GetVMInfoList(vms, 0, "")) << facade->GetLastError();
 
-    EXPECT_EQ(vms.size(), static_cast<size_t>(ocwtest::e2e::kScaleInstances - 2));
+    EXPECT_EQ(vms.size(), static_cast<size_t>(ocwtest::kScaleInstances - 2));
     std::set<std::string> ids;
     for (const auto& vm : vms) {
         EXPECT_NE(vm.state, "TERMINATED");
@@ -164,7 +165,7 @@ TEST_F(InventoryCompute, WithoutPageLimitNoLimitIsSentAndTheServicePageSizeAppli
 
     ASSERT_TRUE(facade->GetVMInfoList(vms, 0, ""));
 
-    EXPECT_EQ(vms.size(), static_cast<size_t>(ocwtest::e2e::kScaleInstances));
+    EXPECT_EQ(vms.size(), static_cast<size_t>(ocwtest::kScaleInstances));
     for (const auto& r : Requests()) EXPECT_EQ(r.target.find("limit="), std::string::npos) << r.target;
     EXPECT_EQ(CountRequests("GET", "/20160918/instances?"), 1u + 1u + 1u + 1u);
 }
@@ -179,7 +180,7 @@ TEST_F(InventoryCompute, AFailingCompartmentStopsTheWalkWithTheEarlierInstancesK
     bool ok = true;
     {
         // Once the first compartment is in, the instance lists start failing.
-        ocwtest::e2e::ScopedLogTrigger trigger("Adding 9 instances from compartment scale-000",
+        ocwtest::LogTrigger trigger("Adding 9 instances from compartment scale-000",
                                                [this] { AddStatusFault("GET", "/20160918/instances", 404, -1); });
         ok = facade->GetVMInfoList(vms, 0, "");
         EXPECT_TRUE(trigger.fired());
@@ -284,7 +285,7 @@ TEST_F(InventoryCompute, WindowsGuestBringsItsInitialPasswordAndWaitForBootDoesN
     std::string win = FindResourceId("instance", "ocw-win-1");
     SVMInfoLib vm;
     {
-        ocwtest::e2e::ScopedLogCapture log(9);
+        ocwtest::LogCapture log(9);
         ASSERT_TRUE(facade->GetVMInfo("", win, vm, kGuestOs, ""));
         ASSERT_FALSE(log.matching("initialCredentials").empty()) << "the answer is logged at this level";
         EXPECT_TRUE(log.matching(ResourceMember(win, "_password")).empty()) << "the password reached the log";

@@ -2,12 +2,12 @@
 // connection, and what a wrong key does.
 #include <gtest/gtest.h>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class InventoryConnect : public EmulatorTest {};
 

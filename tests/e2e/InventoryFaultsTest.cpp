@@ -2,13 +2,14 @@
 // read is aimed at another region.
 #include <gtest/gtest.h>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
+#include "LogCapture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
-using ocwtest::e2e::ScopedLogCapture;
+using ocwtest::EmulatorTest;
+using ocwtest::LogCapture;
 
 class InventoryFaults : public EmulatorTest {};
 
@@ -41,7 +42,7 @@ TEST_F(InventoryFaults, InternalErrorBurstOnASecondPageIsRetriedAndNoPageIsLost)
     std::vector<SVMInfoLib> vms;
     {
         // The first page goes through; the service then fails twice.
-        ocwtest::e2e::ScopedLogTrigger trigger("partial list size: [2]",
+        ocwtest::LogTrigger trigger("partial list size: [2]",
                                                [this] { AddStatusFault("GET", "/20160918/instances", 500, 2); });
         ASSERT_TRUE(facade->GetVMInfoListForHost(vms, demo, "", 0, "")) << facade->GetLastError();
         EXPECT_TRUE(trigger.fired());
@@ -95,7 +96,7 @@ TEST_F(InventoryFaults, ReadInAnotherRegionGoesToItsHostAndComesBack) {
     std::string demo = FindResourceId("compartment", "ocw-demo");
     std::vector<SVMInfoLib> vms;
     {
-        ScopedLogCapture log(2);
+        LogCapture log(2);
         ASSERT_TRUE(facade->GetVMInfoListForHost(vms, demo, "", 0, "us-ashburn-1")) << facade->GetLastError();
         EXPECT_EQ(log.matching("Region set to: us-ashburn-1").size(), 1u);
         EXPECT_EQ(log.matching("Region reset to: " + info().region).size(), 1u);
@@ -149,7 +150,7 @@ TEST_F(InventoryFaults, RegionEqualToTheCurrentOneSwitchesNothing) {
     auto facade = ConnectFacade();
     ASSERT_TRUE(facade);
     std::vector<SVMInfoLib> vms;
-    ScopedLogCapture log(2);
+    LogCapture log(2);
 
     ASSERT_TRUE(facade->GetVMInfoListForHost(vms, FindResourceId("compartment", "ocw-demo"), "", 0, info().region));
 

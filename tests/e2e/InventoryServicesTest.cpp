@@ -3,12 +3,12 @@
 // storage probes and the database lists.
 #include <gtest/gtest.h>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class InventoryServices : public EmulatorTest {};
 

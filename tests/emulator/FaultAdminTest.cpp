@@ -1,22 +1,24 @@
 // Fault rules and the admin interface: injected statuses, delays, dropped
 // connections, cut bodies, held states, counters and the request log.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
 
-class FaultAdminTest : public ::testing::Test {
+class FaultAdminTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        c_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(c_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<EmulatorClient>(info());
         tenancy_ = "/20160918/tenancies/" + c_->info().tenancy;
     }
     std::string addFault(const JObject& rule) {
@@ -24,7 +26,7 @@ protected:
         EXPECT_EQ(r.status, 200) << r.body;
         return JStr(r.object(), "id");
     }
-    std::unique_ptr<Client> c_;
+    std::unique_ptr<EmulatorClient> c_;
     std::string tenancy_;
 };
 
@@ -160,9 +162,9 @@ TEST_F(FaultAdminTest, AdminRequestsAreNotCountedAndNeedNoSignature) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 TEST_F(FaultAdminTest, RequestLogMasksPasswordsInBodies) {
@@ -177,4 +179,4 @@ TEST_F(FaultAdminTest, RequestLogMasksPasswordsInBodies) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

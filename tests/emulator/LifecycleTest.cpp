@@ -1,22 +1,24 @@
 // Lifecycle timing: every create and action goes through the service's
 // intermediate states and settles after the provisioning delay (300 ms here).
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
 
-class LifecycleTest : public ::testing::Test {
+class LifecycleTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        c_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(c_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<EmulatorClient>(info());
         demo_ = c_->compartment("ocw-demo");
         ad_ = JStr(c_->get("/20160918/availabilityDomains?compartmentId=" + c_->info().tenancy).array()[0].as_object(), "name");
         for (const auto& img : c_->listAll("/20160918/images?compartmentId=" + demo_))
@@ -55,7 +57,7 @@ protected:
         EXPECT_EQ(r.status, 200) << r.body;
         return JStr(r.object(), "id");
     }
-    std::unique_ptr<Client> c_;
+    std::unique_ptr<EmulatorClient> c_;
     std::string demo_, ad_, image_, subnet_;
 };
 
@@ -298,9 +300,9 @@ TEST_F(LifecycleTest, UnknownPathsAre404NotFoundUnknownIds404NotAuthorizedOrNotF
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 TEST_F(LifecycleTest, ARepeatedRetryTokenReturnsTheFirstAnswerInsteadOfActingTwice) {
@@ -342,4 +344,4 @@ TEST_F(LifecycleTest, AnotherRegionSeesOnlyItsOwnResources) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

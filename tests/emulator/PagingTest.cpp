@@ -1,6 +1,7 @@
 // List paging: opaque tokens that need URL-encoding, limits, and the service's
 // answers to bad paging input, a missing compartment or an unknown one.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 #include "common/Paging.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 TEST(PageToken, RoundTripsAndAlwaysCarriesPaddingButNoPlusOrSlash) {
@@ -32,21 +33,29 @@ TEST(PageToken, RejectsForeignAndTruncatedTokens) {
     EXPECT_FALSE(ocwemu::DecodePageToken("!!!!", offset));
 }
 
-class PagingTest : public ::testing::Test {
+class PagingTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        client_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(client_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        client_ = std::make_unique<EmulatorClient>(info());
         demo_ = client_->compartment("ocw-demo");
     }
-    std::unique_ptr<Client> client_;
+    std::unique_ptr<EmulatorClient> client_;
     std::string demo_;
 };
 
 TEST_F(PagingTest, DefaultPageSizeMakesOrdinaryListsPage) {
+    const size_t seeded = client_->listAll("/20160918/volumes?compartmentId=" + demo_).size();
+    const std::string ad = ocwemu::JStr(
+        client_->get("/20160918/availabilityDomains?compartmentId=" + info().tenancy).array().at(0).as_object(), "name");
+    for (size_t i = seeded; i < kEmulatorPageSize + 2; ++i) {
+        ASSERT_EQ(client_->post("/20160918/volumes", JObject{{"compartmentId", demo_}, {"availabilityDomain", ad},
+                                                             {"sizeInGBs", 50}}).status, 200);
+    }
     int pages = 0;
-    JArray all = client_->listAll("/20160918/instances?compartmentId=" + demo_, &pages);
-    EXPECT_EQ(all.size(), 3u);  // the demo compartment's instances in the home region
+    JArray all = client_->listAll("/20160918/volumes?compartmentId=" + demo_, &pages);
+    EXPECT_EQ(all.size(), kEmulatorPageSize + 2);
     EXPECT_EQ(pages, 2);
     std::set<std::string> ids;
     for (const auto& v : all) ids.insert(ocwemu::JStr(v.as_object(), "id"));
@@ -167,4 +176,4 @@ TEST_F(PagingTest, SearchFindsTheSubnetsOfOneVcn) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

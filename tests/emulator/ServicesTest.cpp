@@ -1,7 +1,8 @@
 // Service behaviour beyond lifecycles: the compartment tree, object storage
 // listings, bucket rules, VNICs, images captured from instances, boot volumes
 // from backups, DB node actions and free-text search.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,16 +10,17 @@
 #include <set>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
 
-class ServicesTest : public ::testing::Test {
+class ServicesTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        c_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(c_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<EmulatorClient>(info());
         ns_ = c_->info().namespaceName;
         demo_ = c_->compartment("ocw-demo");
     }
@@ -35,7 +37,7 @@ protected:
         for (const auto& v : items) out.insert(JStr(v.as_object(), key));
         return out;
     }
-    std::unique_ptr<Client> c_;
+    std::unique_ptr<EmulatorClient> c_;
     std::string ns_, demo_;
 };
 
@@ -236,4 +238,4 @@ TEST_F(ServicesTest, FreeTextSearchMatchesDisplayNames) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

@@ -1,17 +1,20 @@
 // The emulator accepts requests signed as OCI clients sign them and refuses
 // every other request with 401 NotAuthenticated, counting the reason.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
+#include "TestKeys.h"
 
 #include <gtest/gtest.h>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
-class SignatureTest : public ::testing::Test {
+class SignatureTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        client_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(client_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        client_ = std::make_unique<EmulatorClient>(info());
         tenancyPath_ = "/20160918/tenancies/" + client_->info().tenancy;
     }
     // The 401 and the rejection reason the admin statistics recorded for it.
@@ -23,7 +26,7 @@ protected:
         const JObject& byReason = stats["signatureRejections"].as_object()["byReason"].as_object();
         EXPECT_TRUE(byReason.contains(reason)) << ocwemu::ToJson(stats);
     }
-    std::unique_ptr<Client> client_;
+    std::unique_ptr<EmulatorClient> client_;
     std::string tenancyPath_;
 };
 
@@ -60,10 +63,8 @@ TEST_F(SignatureTest, RejectsMissingAuthorization) {
 }
 
 TEST_F(SignatureTest, RejectsAnUnknownKey) {
-    std::string priv, pub;
-    NewKeyPair(priv, pub);
     SignOptions o;
-    o.keyPem = priv;  // signed with a key the emulator never saw, under the real keyId
+    o.keyPem = ToPem(GenerateRsaKey().get(), KeyFormat::Pkcs8);  // signed with a key the emulator never saw, under the real keyId
     ExpectRejected(client_->get(tenancyPath_, o), "bad_signature");
     SignOptions other;
     other.keyId = client_->info().tenancy + "/" + client_->info().user + "/00:11:22:33:44:55:66:77:88:99:aa:bb:cc:dd:ee:ff";
@@ -172,12 +173,11 @@ TEST_F(SignatureTest, ObjectStorageUsesItsShorterMessage) {
 }
 
 TEST_F(SignatureTest, AKeyRegisteredThroughTheAdminInterfaceIsAccepted) {
-    std::string priv, pub;
-    NewKeyPair(priv, pub);
-    Response reg = client_->admin("POST", "keys", ocwemu::ToJson(JObject{{"publicKey", pub}}));
+    PkeyPtr key = GenerateRsaKey();
+    Response reg = client_->admin("POST", "keys", ocwemu::ToJson(JObject{{"publicKey", PublicPem(key.get())}}));
     ASSERT_EQ(reg.status, 200) << reg.body;
     SignOptions o;
-    o.keyPem = priv;
+    o.keyPem = ToPem(key.get(), KeyFormat::Pkcs8);
     o.keyId = ocwemu::JStr(reg.object(), "keyId");
     EXPECT_EQ(client_->get(tenancyPath_, o).status, 200);
     // A reset forgets it again.
@@ -186,4 +186,4 @@ TEST_F(SignatureTest, AKeyRegisteredThroughTheAdminInterfaceIsAccepted) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

@@ -1,6 +1,8 @@
 // What the emulator leaves in its state directory for clients, and the pure
 // helpers underneath (query language, routing, tolerant JSON, HTTP dates).
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
+#include "TempDir.h"
 #include "common/ApiKeys.h"
 #include "common/Router.h"
 #include "common/TimeUtil.h"
@@ -8,11 +10,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 std::string ReadFile(const std::string& p) {
@@ -22,13 +23,10 @@ std::string ReadFile(const std::string& p) {
     return ss.str();
 }
 
-std::string TempDir() {
-    char templ[] = "/tmp/ocw-emu-test-XXXXXX";
-    return ::mkdtemp(templ);
-}
+class EmulatorStartup : public EmulatorTest {};
 
-TEST(EmulatorStartup, WritesOciConfigAndIniThatPointAtItself) {
-    const ocwemu::EmulatorInfo& i = SharedEmulator().info();
+TEST_F(EmulatorStartup, WritesOciConfigAndIniThatPointAtItself) {
+    const ocwemu::EmulatorInfo& i = info();
     EXPECT_EQ(i.endpoint, "https://127.0.0.1:" + std::to_string(i.port));
     const std::string cfg = ReadFile(i.ociConfig);
     EXPECT_EQ(cfg.rfind("[DEFAULT]\n", 0), 0u);
@@ -47,18 +45,18 @@ TEST(EmulatorStartup, WritesOciConfigAndIniThatPointAtItself) {
         EXPECT_FALSE(ocwemu::JStr(line, k).empty()) << k;
 }
 
-TEST(EmulatorStartup, FingerprintIsTheMd5OfTheDerPublicKey) {
-    const ocwemu::EmulatorInfo& i = SharedEmulator().info();
+TEST_F(EmulatorStartup, FingerprintIsTheMd5OfTheDerPublicKey) {
+    const ocwemu::EmulatorInfo& i = info();
     ocwemu::PKeyPtr key = ocwemu::LoadPrivateKeyPem(i.keyFile, "");
     ASSERT_TRUE(key);
     EXPECT_EQ(ocwemu::KeyFingerprint(key.get()), i.fingerprint);
     EXPECT_EQ(i.fingerprint.size(), 47u);
 }
 
-TEST(EmulatorStartup, ReusesItsStateDirectoryAndEncryptsTheKeyWithAPassPhrase) {
-    const std::string dir = TempDir();
+TEST(EmulatorRestart, ReusesItsStateDirectoryAndEncryptsTheKeyWithAPassPhrase) {
+    TempDir dir;
     ocwemu::EmulatorOptions o;
-    o.stateDir = dir;
+    o.stateDir = dir.path();
     o.passPhrase = "s3cret phrase";
     o.seed = "empty";
     std::string tenancy, fingerprint;
@@ -70,7 +68,7 @@ TEST(EmulatorStartup, ReusesItsStateDirectoryAndEncryptsTheKeyWithAPassPhrase) {
         EXPECT_NE(ReadFile(e.info().keyFile).find("ENCRYPTED"), std::string::npos);
         EXPECT_FALSE(ocwemu::LoadPrivateKeyPem(e.info().keyFile, "wrong"));
         EXPECT_NE(ReadFile(e.info().ociConfig).find("pass_phrase=s3cret phrase\n"), std::string::npos);
-        Client c(e.info(), o.passPhrase);
+        EmulatorClient c(e.info(), o.passPhrase);
         EXPECT_EQ(c.get("/20160918/tenancies/" + tenancy).status, 200) << "a client with the encrypted key signs";
     }
     ocwemu::Emulator again(o);
@@ -78,27 +76,21 @@ TEST(EmulatorStartup, ReusesItsStateDirectoryAndEncryptsTheKeyWithAPassPhrase) {
     EXPECT_EQ(again.info().tenancy, tenancy);
     EXPECT_EQ(again.info().fingerprint, fingerprint);
     again.stop();
-    std::system(("rm -rf " + dir).c_str());
 }
 
-TEST(EmulatorStartup, ScaleSeedFillsCompartmentsEvenly) {
-    ocwemu::EmulatorOptions o;
-    o.stateDir = TempDir();
-    o.seed = "scale";
-    o.compartments = 4;
-    o.instances = 100;
-    ocwemu::Emulator e(o);
-    ASSERT_TRUE(e.start()) << e.lastError();
-    {
-        Client c(e.info());
-        JArray comps = c.listAll("/20160918/compartments?compartmentId=" + e.info().tenancy + "&limit=100");
-        ASSERT_EQ(comps.size(), 4u);
-        for (const auto& comp : comps)
-            EXPECT_EQ(c.listAll("/20160918/instances?limit=1000&compartmentId=" + ocwemu::JStr(comp.as_object(), "id")).size(),
-                      25u);
-    }  // the client's connection closes before the emulator stops
-    e.stop();
-    std::system(("rm -rf " + o.stateDir).c_str());
+TEST_F(EmulatorStartup, ScaleSeedSharesTheInstancesEvenlyAmongItsCompartments) {
+    ResetEmulator("scale");
+    EmulatorClient c(info());
+    JArray comps = c.listAll("/20160918/compartments?compartmentId=" + info().tenancy + "&limit=100");
+    ASSERT_EQ(comps.size(), static_cast<size_t>(kScaleCompartments));
+    size_t total = 0;
+    for (const auto& comp : comps) {
+        const size_t n = c.listAll("/20160918/instances?limit=1000&compartmentId=" + ocwemu::JStr(comp.as_object(), "id")).size();
+        EXPECT_GE(n, static_cast<size_t>(kScaleInstances / kScaleCompartments));
+        EXPECT_LE(n, static_cast<size_t>(kScaleInstances / kScaleCompartments + 1));
+        total += n;
+    }
+    EXPECT_EQ(total, static_cast<size_t>(kScaleInstances));
 }
 
 TEST(SearchQueryLanguage, ParsesTypesConditionsAndSorting) {
@@ -186,4 +178,4 @@ TEST(HttpDates, ParseWhatClientsSendAndRoundTrip) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

@@ -8,11 +8,11 @@
 #include <deque>
 #include <map>
 
+#include "LogCapture.h"
 #include "LoopbackTlsServer.h"
 #include "oci/OracleCloudInfrastructureOperations.h"
 #include "parser/OracleCloudInfrastructureParser.h"
 #include "transport/OracleCloudBaseConnection.h"
-#include "../signing/LogCapture.h"
 
 using namespace OracleCloudSDKWrapper;
 
@@ -127,15 +127,18 @@ TEST_F(OciStateWait, NegativeConfiguredSecondsKeepTheDefault) {
 TEST_F(OciStateWait, PollsEveryIntervalAndFailsOnThePollPastTheTimeout) {
     configure("5", "12");
     m_connection->script(kPath, {Instance("STOPPING")});
-    ocw_test::LogCapture log;
+    ocwtest::LogCapture log;
     SVMInfoLib vm;
     EXPECT_FALSE(m_ops->WaitForObjectToReachEndState(kPath, vm, "STOPPED", ""));
     EXPECT_EQ(m_ops->pollTimes, (std::vector<uint64_t>{1005, 1010, 1015}));
     EXPECT_EQ(m_connection->reads.size(), 3u);
-    EXPECT_TRUE(log.contains("Current  status : [STOPPING], waiting for status to change"));
+    EXPECT_EQ(log.matching("Current  status : [STOPPING], waiting for status to change").size(), 3u);
     EXPECT_EQ(m_ops->GetLastError(), "Timeout waiting for status end state for  [ocid1.instance.oc1..i]");
-    EXPECT_TRUE(log.contains("0 bool OracleCloudSDKWrapper::COracleCloudInfrastructureOperations::"
-                             "WaitForObjectToReachEndState"));
+    auto timeout = log.matching("Timeout waiting for status end state for  [ocid1.instance.oc1..i]");
+    ASSERT_EQ(timeout.size(), 1u);
+    EXPECT_EQ(timeout[0].level, 0);
+    EXPECT_NE(timeout[0].signature.find("COracleCloudInfrastructureOperations::WaitForObjectToReachEndState"),
+              std::string::npos);
     EXPECT_TRUE(vm.state.empty());
 }
 
@@ -155,12 +158,12 @@ TEST_F(OciStateWait, ReachingTheEndStateCopiesOnlyTheState) {
 TEST_F(OciStateWait, InvalidStateFailsAtOnceBeforeTheTimeout) {
     configure("1", "3600");
     m_connection->script(kPath, {Instance("PROVISIONING"), Instance("TERMINATED")});
-    ocw_test::LogCapture log;
+    ocwtest::LogCapture log;
     SVMInfoLib vm;
     EXPECT_FALSE(m_ops->WaitForObjectToReachEndState(kPath, vm, "RUNNING", "TERMINATED"));
     EXPECT_EQ(m_connection->reads.size(), 2u);
-    EXPECT_TRUE(log.contains("Resource [ocid1.instance.oc1..i] went into invalid state[TERMINATED], while waiting "
-                             "for status to reach end state"));
+    EXPECT_EQ(log.errors(), std::vector<std::string>{"Resource [ocid1.instance.oc1..i] went into invalid "
+                                                      "state[TERMINATED], while waiting for status to reach end state"});
 }
 
 TEST_F(OciStateWait, FailedPollStopsTheWaitWithTheServiceMessage) {

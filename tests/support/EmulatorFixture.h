@@ -1,11 +1,10 @@
 #pragma once
-// The shared end-to-end fixture: one in-process emulator per test program,
-// a configuration file per test, connected OCI facades, and views of what the
-// emulator received.
+// The shared emulator fixture: one in-process emulator per test program, a
+// clean cloud and a configuration file per test, connected OCI facades and
+// backends, and views of what the emulator received and holds. Used by the
+// end-to-end, emulator and command-line tests.
 //
-// Typical use (tests/e2e/*.cpp are linked with this library):
-//
-//   class Inventory : public ocwtest::e2e::EmulatorTest {};
+//   class Inventory : public ocwtest::EmulatorTest {};
 //
 //   TEST_F(Inventory, ListsInstances) {
 //       WriteConfig({{"nOCIPageLimit", "2"}});   // before the facade is built
@@ -22,7 +21,7 @@
 // sharing kScaleInstances instances) and stops when the program ends.
 //
 // SetUp of every test: the emulator is reset (seed "demo": counters, request
-// log, fault rules, held states and added keys cleared) and the default
+// log, fault rules, held states, limits and added keys cleared) and the default
 // configuration is written and made current (PlatformConfig). So tests do not
 // see each other's resources, faults or requests; they must not run in
 // parallel within one program (they share the emulator and the configuration).
@@ -38,23 +37,25 @@
 // is there under its bare name as well).
 //
 // Library objects read the configuration when they are built: call
-// WriteConfig before ConnectFacade / constructing a facade.
+// WriteConfig before ConnectFacade / ConnectBackend / constructing a facade.
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <boost/json.hpp>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "Emulator.h"
+#include "oci/OracleCloudInfrastructureOperations.h"
+#include "oci/OracleCloudInfrastructureQueries.h"
 #include "oraclecloud/OracleCloudWrapper.h"
+#include "parser/OracleCloudInfrastructureParser.h"
+#include "transport/OracleCloudInfrastructureConnection.h"
 
 namespace ocwtest {
-namespace e2e {
 
-constexpr long long kProvisionMs = 100;
+constexpr long long kProvisionMs = 300;
 constexpr size_t kEmulatorPageSize = 10;
 constexpr int kScaleCompartments = 3;
 constexpr int kScaleInstances = 25;
@@ -63,45 +64,14 @@ constexpr int kScaleInstances = 25;
 // (and returns null) when it cannot start.
 ocwemu::Emulator* SharedEmulator();
 
-// One line the library logged.
-struct CapturedLogLine {
-    int level;
-    std::string signature;
-    std::string text;
-};
-
-// Routes the library's log lines into memory for its lifetime (all levels up
-// to `level`), then restores the default sink and level 0.
-class ScopedLogCapture {
-public:
-    explicit ScopedLogCapture(int level = 2);
-    ~ScopedLogCapture();
-    ScopedLogCapture(const ScopedLogCapture&) = delete;
-    ScopedLogCapture& operator=(const ScopedLogCapture&) = delete;
-
-    std::vector<CapturedLogLine> lines() const;
-    // Lines whose text contains `needle`.
-    std::vector<CapturedLogLine> matching(const std::string& needle) const;
-
-private:
-    struct State;
-    std::shared_ptr<State> state_;
-};
-
-// Runs `action` once, the first time the library logs a line (up to `level`)
-// containing `needle`, on the thread that logs it: the caller's. A way to
-// change the cloud between two requests of one synchronous call (add a fault
-// after the first page, ...). Restores the default sink and level at its end.
-class ScopedLogTrigger {
-public:
-    ScopedLogTrigger(const std::string& needle, std::function<void()> action, int level = 2);
-    ~ScopedLogTrigger();
-    ScopedLogTrigger(const ScopedLogTrigger&) = delete;
-    ScopedLogTrigger& operator=(const ScopedLogTrigger&) = delete;
-    bool fired() const { return *fired_; }
-
-private:
-    std::shared_ptr<bool> fired_;
+// The OCI backend objects without the facade, connected as the emulator's
+// user: for the calls the facade reaches only through composites or does not
+// expose with every argument.
+struct OciBackend {
+    OracleCloudSDKWrapper::COracleCloudInfrastructureParser parser;
+    OracleCloudSDKWrapper::COracleCloudInfrastructureConnection connection{&parser};
+    OracleCloudSDKWrapper::COracleCloudInfrastructureQueries queries{&connection, &parser};
+    OracleCloudSDKWrapper::COracleCloudInfrastructureOperations ops{&connection, &parser};
 };
 
 class EmulatorTest : public ::testing::Test {
@@ -111,9 +81,15 @@ protected:
     ocwemu::Emulator& emu() { return *emulator_; }
     const ocwemu::EmulatorInfo& info() const { return emulator_->info(); }
 
-    // Clears counters, request log, faults, holds and added keys, and re-seeds
-    // ("demo", "empty" or "scale"). Fails the test when the emulator refuses.
+    // Clears counters, request log, faults, holds, limits and added keys, and
+    // re-seeds ("demo", "empty" or "scale"). Fails the test when the emulator refuses.
     void ResetEmulator(const std::string& seed = "demo");
+    // The emulator's admin interface (unsigned, loopback only): "POST", "limits", "{...}".
+    // Returns the answer's status (0: no answer) and fills `answer` when given.
+    int Admin(const std::string& method, const std::string& path, const std::string& body = std::string(),
+              std::string* answer = nullptr);
+    // How many block volumes one instance may have attached (reset with the emulator).
+    void SetAttachmentLimit(int limit);
 
     // Writes the default configuration plus `overrides` (keys of section
     // "VirtualServer"; an empty value removes a default key) and makes it current.
@@ -130,6 +106,8 @@ protected:
     std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> ConnectFacade(const std::string& region = "",
                                                                               const std::string& keyFile = "",
                                                                               const std::string& passPhrase = "");
+    // The backend objects connected in the home region (null after a recorded failure).
+    std::unique_ptr<OciBackend> ConnectBackend();
 
     // A new RSA key file that the emulator does not know (mode 0600), in the
     // test's scratch directory.
@@ -147,6 +125,8 @@ protected:
     size_t CountRequests(const std::string& method, const std::string& targetPrefix,
                          const std::string& hostPart = "") const;
     void ClearRequestLog();
+    // The request's body as a JSON object (empty when it is not one).
+    static boost::json::object BodyOf(const ocwemu::LoggedRequest& request);
 
     // ---- faults and states -------------------------------------------------
     // Answers `status` to the next `times` matching requests (-1: all) and
@@ -167,11 +147,16 @@ protected:
     std::vector<std::string> ResourceIds(const std::string& kind, const std::string& compartmentId = "");
     // A string member of the stored document ("" when absent or not a string).
     std::string ResourceMember(const std::string& id, const std::string& member);
+    // Any member of the stored document as JSON text ("" when absent).
+    std::string MemberJson(const std::string& id, const std::string& member);
+    // The lifecycle state the emulator would answer now ("" when unknown).
+    std::string StateOf(const std::string& id);
+    // Waits (polling the store every 20 ms, at most 5 s) until StateOf(id) is `state`.
+    bool WaitForState(const std::string& id, const std::string& state);
 
 private:
     ocwemu::Emulator* emulator_ = nullptr;
     std::string configFile_;
 };
 
-}  // namespace e2e
 }  // namespace ocwtest

@@ -1,21 +1,22 @@
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
 
 #include <httplib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
+#include <thread>
 
 #include "common/ApiKeys.h"
 #include "common/TimeUtil.h"
-#include "platform/DebugLog.h"
 #include "platform/PlatformConfig.h"
 
 namespace ocwtest {
-namespace e2e {
 
 using OracleCloudSDKWrapper::COracleCloudWrapper;
 
@@ -83,58 +84,6 @@ ocwemu::Emulator* SharedEmulator() {
     return h.emulator.get();
 }
 
-// ---- log capture ------------------------------------------------------------
-
-struct ScopedLogCapture::State {
-    mutable std::mutex mutex;
-    std::vector<CapturedLogLine> lines;
-};
-
-ScopedLogCapture::ScopedLogCapture(int level) : state_(std::make_shared<State>()) {
-    std::shared_ptr<State> state = state_;
-    OracleCloudSDKWrapper::DebugLog::SetSink([state](const OracleCloudSDKWrapper::LogRecord& record) {
-        std::lock_guard<std::mutex> lock(state->mutex);
-        state->lines.push_back(CapturedLogLine{record.level, record.signature ? record.signature : "", record.text});
-    });
-    OracleCloudSDKWrapper::DebugLog::SetThreshold(level);
-}
-
-ScopedLogCapture::~ScopedLogCapture() {
-    OracleCloudSDKWrapper::DebugLog::SetSink(nullptr);
-    OracleCloudSDKWrapper::DebugLog::ResetThreshold();
-}
-
-std::vector<CapturedLogLine> ScopedLogCapture::lines() const {
-    std::lock_guard<std::mutex> lock(state_->mutex);
-    return state_->lines;
-}
-
-std::vector<CapturedLogLine> ScopedLogCapture::matching(const std::string& needle) const {
-    std::vector<CapturedLogLine> out;
-    for (const CapturedLogLine& line : lines()) {
-        if (line.text.find(needle) != std::string::npos) out.push_back(line);
-    }
-    return out;
-}
-
-ScopedLogTrigger::ScopedLogTrigger(const std::string& needle, std::function<void()> action, int level)
-    : fired_(std::make_shared<bool>(false)) {
-    std::shared_ptr<bool> fired = fired_;
-    OracleCloudSDKWrapper::DebugLog::SetSink(
-        [needle, action, fired](const OracleCloudSDKWrapper::LogRecord& record) {
-            if (!*fired && record.text.find(needle) != std::string::npos) {
-                *fired = true;
-                action();
-            }
-        });
-    OracleCloudSDKWrapper::DebugLog::SetThreshold(level);
-}
-
-ScopedLogTrigger::~ScopedLogTrigger() {
-    OracleCloudSDKWrapper::DebugLog::SetSink(nullptr);
-    OracleCloudSDKWrapper::DebugLog::ResetThreshold();
-}
-
 // ---- fixture ----------------------------------------------------------------
 
 void EmulatorTest::SetUp() {
@@ -145,17 +94,34 @@ void EmulatorTest::SetUp() {
 }
 
 void EmulatorTest::ResetEmulator(const std::string& seed) {
-    // The admin interface is the only way to re-seed; it is unsigned and
-    // answers loopback clients only.
+    std::string answer;
+    ASSERT_EQ(Admin("POST", "reset", "{\"seed\":\"" + seed + "\"}", &answer), 200) << answer;
+}
+
+int EmulatorTest::Admin(const std::string& method, const std::string& path, const std::string& body,
+                        std::string* answer) {
+    // The admin interface is unsigned and answers loopback clients only.
     httplib::Client client(info().endpoint);
     client.set_ca_cert_path(info().caFile.c_str());
     client.enable_server_certificate_verification(true);
     client.set_connection_timeout(5, 0);
     client.set_read_timeout(30, 0);
-    std::string body = "{\"seed\":\"" + seed + "\"}";
-    httplib::Result result = client.Post("/_emulator/reset", body, "application/json");
-    ASSERT_TRUE(result) << "reset request failed: " << httplib::to_string(result.error());
-    ASSERT_EQ(result->status, 200) << result->body;
+    const std::string target = "/_emulator/" + path;
+    httplib::Result result = method == "GET"      ? client.Get(target)
+                             : method == "DELETE" ? client.Delete(target)
+                                                  : client.Post(target, body, "application/json");
+    if (!result) {
+        if (answer != nullptr) *answer = httplib::to_string(result.error());
+        return 0;
+    }
+    if (answer != nullptr) *answer = result->body;
+    return result->status;
+}
+
+void EmulatorTest::SetAttachmentLimit(int limit) {
+    std::string answer;
+    ASSERT_EQ(Admin("POST", "limits", "{\"attachmentsPerInstance\":" + std::to_string(limit) + "}", &answer), 200)
+        << answer;
 }
 
 std::string EmulatorTest::ScratchDir() const {
@@ -211,6 +177,16 @@ std::unique_ptr<COracleCloudWrapper> EmulatorTest::ConnectFacade(const std::stri
     return facade;
 }
 
+std::unique_ptr<OciBackend> EmulatorTest::ConnectBackend() {
+    auto backend = std::make_unique<OciBackend>();
+    if (!backend->connection.connect(info().tenancy, UserToken(info().region), "",
+                                     OracleCloudSDKWrapper::OCI_SERVICE_CORE)) {
+        ADD_FAILURE() << "connect failed: " << backend->connection.GetLastError();
+        return nullptr;
+    }
+    return backend;
+}
+
 std::string EmulatorTest::WriteUnknownKeyFile() {
     ocwemu::PKeyPtr key = ocwemu::GenerateRsaKey();
     if (!key) {
@@ -250,6 +226,12 @@ size_t EmulatorTest::CountRequests(const std::string& method, const std::string&
 }
 
 void EmulatorTest::ClearRequestLog() { emulator_->requestLog().clear(); }
+
+boost::json::object EmulatorTest::BodyOf(const ocwemu::LoggedRequest& request) {
+    boost::system::error_code ec;
+    boost::json::value v = boost::json::parse(request.body, ec);
+    return !ec && v.is_object() ? v.as_object() : boost::json::object();
+}
 
 std::string EmulatorTest::AddStatusFault(const std::string& method, const std::string& pathPrefix, int status,
                                          int times, const std::string& hostPart) {
@@ -299,5 +281,25 @@ std::string EmulatorTest::ResourceMember(const std::string& id, const std::strin
     return ocwemu::JStr(r->doc, member.c_str());
 }
 
-}  // namespace e2e
+std::string EmulatorTest::MemberJson(const std::string& id, const std::string& member) {
+    std::lock_guard<std::mutex> lock(emulator_->store().mutex());
+    ocwemu::Resource* r = emulator_->store().get(id, ocwemu::NowMs());
+    const boost::json::value* v = r == nullptr ? nullptr : r->doc.if_contains(member);
+    return v == nullptr ? std::string() : boost::json::serialize(*v);
+}
+
+std::string EmulatorTest::StateOf(const std::string& id) {
+    std::lock_guard<std::mutex> lock(emulator_->store().mutex());
+    ocwemu::Resource* r = emulator_->store().get(id, ocwemu::NowMs());
+    return r == nullptr ? std::string() : emulator_->store().state(*r, ocwemu::NowMs());
+}
+
+bool EmulatorTest::WaitForState(const std::string& id, const std::string& state) {
+    for (int i = 0; i < 250; ++i) {
+        if (StateOf(id) == state) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
 }  // namespace ocwtest

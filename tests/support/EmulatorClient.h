@@ -1,8 +1,7 @@
 #pragma once
-// Test-side client for ocw-emulator: an in-process emulator shared by the
-// tests of one program, and an HTTPS client that signs requests the way OCI
-// clients do (written here with OpenSSL, independent of the library's signer)
-// with knobs to break every part of the signature.
+// A raw HTTPS client for the emulator's own tests: it signs requests the way
+// OCI clients do (with OpenSSL, independent of the library's signer) and has
+// knobs to break every part of the signature.
 #include "Emulator.h"
 #include "common/JsonUtil.h"
 
@@ -14,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace emutest {
+namespace ocwtest {
 
 using ocwemu::JArray;
 using ocwemu::JObject;
@@ -50,13 +49,10 @@ struct SignOptions {
     std::map<std::string, std::string> extraHeaders;
 };
 
-// The emulator of this test program, started once (demo seed, 300 ms provisioning, pages of 2).
-ocwemu::Emulator& SharedEmulator();
-
-class Client {
+class EmulatorClient {
 public:
     // `passPhrase` opens the emulator's key file when it is encrypted.
-    explicit Client(const ocwemu::EmulatorInfo& info, std::string passPhrase = {});
+    explicit EmulatorClient(const ocwemu::EmulatorInfo& info, std::string passPhrase = {});
     Response send(const std::string& method, const std::string& target, const std::string& body = {},
                   const SignOptions& opt = {});
     Response get(const std::string& target, const SignOptions& opt = {}) { return send("GET", target, {}, opt); }
@@ -76,9 +72,6 @@ private:
     std::unique_ptr<httplib::SSLClient> http_;
 };
 
-std::string Sha256Base64(const std::string& data);
 std::string UrlEncode(const std::string& s);
-// A PEM private key (PKCS#8) and its PEM public key, freshly generated.
-void NewKeyPair(std::string& privatePem, std::string& publicPem);
 
-}  // namespace emutest
+}  // namespace ocwtest

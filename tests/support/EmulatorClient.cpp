@@ -1,18 +1,16 @@
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
 
 #include "common/Paging.h"
 #include "common/TimeUtil.h"
 
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/rsa.h>
+#include "TestKeys.h"
 
 #include <cctype>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
-namespace emutest {
+namespace ocwtest {
 
 std::string Response::header(const std::string& name) const {
     auto it = headers.find(name);
@@ -35,19 +33,6 @@ JArray Response::array() const {
     return v.is_array() ? v.as_array() : JArray{};
 }
 
-ocwemu::Emulator& SharedEmulator() {
-    // Stopped and its temporary state directory removed when the program ends.
-    static ocwemu::Emulator emu([] {
-        ocwemu::EmulatorOptions o;
-        o.provisionMs = 300;
-        o.pageSize = 2;
-        return o;
-    }());
-    static const bool started = emu.start();
-    if (!started) throw std::runtime_error("emulator did not start: " + emu.lastError());
-    return emu;
-}
-
 static std::string ReadAll(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::stringstream ss;
@@ -55,50 +40,9 @@ static std::string ReadAll(const std::string& path) {
     return ss.str();
 }
 
-std::string Sha256Base64(const std::string& data) {
-    unsigned char md[EVP_MAX_MD_SIZE];
-    unsigned int len = 0;
-    EVP_Digest(data.data(), data.size(), md, &len, EVP_sha256(), nullptr);
-    return ocwemu::Base64Encode(std::string(reinterpret_cast<char*>(md), len));
-}
-
 std::string UrlEncode(const std::string& s) { return ocwemu::PercentEncode(s); }
 
-void NewKeyPair(std::string& privatePem, std::string& publicPem) {
-    EVP_PKEY* k = EVP_RSA_gen(2048);
-    BIO* a = BIO_new(BIO_s_mem());
-    BIO* b = BIO_new(BIO_s_mem());
-    PEM_write_bio_PKCS8PrivateKey(a, k, nullptr, nullptr, 0, nullptr, nullptr);
-    PEM_write_bio_PUBKEY(b, k);
-    char* d = nullptr;
-    long n = BIO_get_mem_data(a, &d);
-    privatePem.assign(d, static_cast<size_t>(n));
-    n = BIO_get_mem_data(b, &d);
-    publicPem.assign(d, static_cast<size_t>(n));
-    BIO_free(a);
-    BIO_free(b);
-    EVP_PKEY_free(k);
-}
-
-static std::string SignRsaSha256(const std::string& keyPem, const std::string& passPhrase, const std::string& data) {
-    BIO* bio = BIO_new_mem_buf(keyPem.data(), static_cast<int>(keyPem.size()));
-    EVP_PKEY* key = PEM_read_bio_PrivateKey(bio, nullptr, nullptr, const_cast<char*>(passPhrase.c_str()));
-    BIO_free(bio);
-    if (!key) throw std::runtime_error("test key does not load");
-    EVP_MD_CTX* ctx = EVP_MD_CTX_new();
-    size_t len = 0;
-    EVP_DigestSignInit(ctx, nullptr, EVP_sha256(), nullptr, key);
-    EVP_DigestSign(ctx, nullptr, &len, reinterpret_cast<const unsigned char*>(data.data()), data.size());
-    std::string sig(len, '\0');
-    EVP_DigestSign(ctx, reinterpret_cast<unsigned char*>(&sig[0]), &len,
-                   reinterpret_cast<const unsigned char*>(data.data()), data.size());
-    sig.resize(len);
-    EVP_MD_CTX_free(ctx);
-    EVP_PKEY_free(key);
-    return ocwemu::Base64Encode(sig);
-}
-
-Client::Client(const ocwemu::EmulatorInfo& info, std::string passPhrase)
+EmulatorClient::EmulatorClient(const ocwemu::EmulatorInfo& info, std::string passPhrase)
     : info_(info), passPhrase_(std::move(passPhrase)) {
     http_ = std::make_unique<httplib::SSLClient>("127.0.0.1", info.port);
     http_->set_ca_cert_path(info.caFile.c_str());
@@ -113,7 +57,7 @@ static std::string Lower(std::string s) {
     return s;
 }
 
-Response Client::send(const std::string& method, const std::string& target, const std::string& body,
+Response EmulatorClient::send(const std::string& method, const std::string& target, const std::string& body,
                       const SignOptions& opt) {
     const bool bodyMethod = method == "POST" || method == "PUT" || method == "PATCH";
     const std::string host = opt.host.empty() ? "127.0.0.1:" + std::to_string(info_.port) : opt.host;
@@ -184,17 +128,17 @@ Response Client::send(const std::string& method, const std::string& target, cons
     return out;
 }
 
-Response Client::post(const std::string& target, const JValue& body, const SignOptions& opt) {
+Response EmulatorClient::post(const std::string& target, const JValue& body, const SignOptions& opt) {
     return send("POST", target, ocwemu::ToJson(body), opt);
 }
 
-Response Client::admin(const std::string& method, const std::string& path, const std::string& body) {
+Response EmulatorClient::admin(const std::string& method, const std::string& path, const std::string& body) {
     SignOptions o;
     o.sign = false;
     return send(method, "/_emulator/" + path, body, o);
 }
 
-JArray Client::listAll(const std::string& target, int* pages) {
+JArray EmulatorClient::listAll(const std::string& target, int* pages) {
     JArray all;
     std::string page;
     int count = 0;
@@ -211,11 +155,11 @@ JArray Client::listAll(const std::string& target, int* pages) {
     return all;
 }
 
-std::string Client::compartment(const std::string& name) {
+std::string EmulatorClient::compartment(const std::string& name) {
     for (const auto& c : listAll("/20160918/compartments?compartmentId=" + info_.tenancy +
                                  "&compartmentIdInSubtree=true&limit=100"))
         if (ocwemu::JStr(c.as_object(), "name") == name) return ocwemu::JStr(c.as_object(), "id");
     throw std::runtime_error("no compartment " + name);
 }
 
-}  // namespace emutest
+}  // namespace ocwtest
