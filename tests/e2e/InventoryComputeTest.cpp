@@ -84,33 +84,6 @@ TEST_F(InventoryCompute, HostsAreCompartmentsWithIdFirstAndNameSecond) {
     EXPECT_TRUE(hosts[1].vms.empty());
 }
 
-TEST_F(InventoryCompute, HostWithEmptyIdSucceedsWithoutARequest) {
-    auto facade = ConnectFacade();
-    ASSERT_TRUE(facade);
-    ClearRequestLog();
-    SHostInfoLib host;
-    host.hostName = "untouched";
-
-    EXPECT_TRUE(facade->GetHostInfo("", "x", "", host, 0, ""));
-
-    EXPECT_EQ(host.hostName, "untouched");
-    EXPECT_TRUE(Requests().empty());
-}
-
-TEST_F(InventoryCompute, UnknownCompartmentFailsWithTheServiceMessage) {
-    auto facade = ConnectFacade();
-    ASSERT_TRUE(facade);
-    SHostInfoLib host;
-
-    EXPECT_FALSE(facade->GetHostInfo("ocid1.compartment.oc1..nosuchcompartment", "", "", host, 0, ""));
-
-    auto sent = RequestsTo("GET", "/20160918/compartments/ocid1.compartment.oc1..nosuchcompartment");
-    ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].status, 404);
-    EXPECT_FALSE(facade->GetLastError().empty());
-    EXPECT_NE(sent[0].responseBody.find(facade->GetLastError()), std::string::npos);
-}
-
 // ---- all instances of a tenancy ------------------------------------------------
 
 TEST_F(InventoryCompute, AllInstancesComeFromEveryCompartmentPageByPageWithoutTerminatedOnes) {
@@ -267,15 +240,9 @@ TEST_F(InventoryCompute, InstanceWithoutDetailFlagsSendsOneRequest) {
     EXPECT_EQ(Requests().size(), 1u);
     EXPECT_TRUE(vm.disks.empty());
     EXPECT_EQ(vm.shape, "VM.Standard2.1");
-}
 
-TEST_F(InventoryCompute, InstanceIdGivenAsFirstArgumentIsReadToo) {
-    auto facade = ConnectFacade();
-    ASSERT_TRUE(facade);
-    SVMInfoLib vm;
-
+    // The id may come as the first argument too.
     ASSERT_TRUE(facade->GetVMInfo(FindResourceId("instance", "ocw-app-1"), "", vm, 0, ""));
-
     EXPECT_EQ(vm.vmName, "ocw-app-1");
 }
 

@@ -132,20 +132,6 @@ TEST_F(InventoryFaults, FailedReadInAnotherRegionStillComesBack) {
     EXPECT_EQ(searches[1].host, "query." + info().region + ".oraclecloud.com");
 }
 
-TEST_F(InventoryFaults, NetworksOfAnotherRegionAreThatRegionsOwn) {
-    auto facade = ConnectFacade();
-    ASSERT_TRUE(facade);
-    std::vector<SNetworkInfoLib> networks;
-
-    ASSERT_TRUE(facade->GetNetworkList(networks, "", "", "us-ashburn-1"));
-
-    ASSERT_EQ(networks.size(), 1u);
-    EXPECT_EQ(networks[0].name, "ocw-dr-vcn");
-    ASSERT_EQ(networks[0].subnets.size(), 1u);
-    EXPECT_EQ(networks[0].subnets[0].displayName, "ocw-dr-public");
-    EXPECT_EQ(CountRequests("POST", "/20180409/resources", "us-ashburn-1"), 2u);
-}
-
 TEST_F(InventoryFaults, RegionEqualToTheCurrentOneSwitchesNothing) {
     auto facade = ConnectFacade();
     ASSERT_TRUE(facade);

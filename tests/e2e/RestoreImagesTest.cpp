@@ -1,7 +1,7 @@
 // Restore through an image against the emulator: a disk image is uploaded
 // into the tenant's namespace, imported as an image that the caller polls until
-// it is available, and removed afterwards; plus the probes a restore makes
-// first (does the instance still exist, which domains the tenancy has).
+// it is available, and removed afterwards; plus the probe a restore makes first
+// (does the instance still exist).
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -120,17 +120,6 @@ TEST_F(RestoreImages, InstanceExistenceIsAnsweredForLiveGoneAndTerminatedInstanc
     ReleaseState(web1);
     AddStatusFault("GET", "/20160918/instances/" + web1, 503, -1);
     EXPECT_FALSE(facade->DoesVMExist("", web1, exists)) << "an unanswered question is not an answer";
-}
-
-TEST_F(RestoreImages, AvailabilityDomainsOfTheTenancy) {
-    auto facade = ConnectFacade();
-    ASSERT_TRUE(facade);
-    ClearRequestLog();
-    std::vector<SAvailabilityDomainInfoLib> domains;
-    ASSERT_TRUE(facade->GetAvailabilityDomainListForTenancy(domains, "")) << facade->GetLastError();
-    ASSERT_EQ(domains.size(), 3u);
-    EXPECT_NE(domains[0].name.find("AD-"), std::string::npos) << domains[0].name;
-    EXPECT_EQ(CountRequests("GET", "/20160918/availabilityDomains?compartmentId=" + info().tenancy, "identity."), 1u);
 }
 
 }  // namespace

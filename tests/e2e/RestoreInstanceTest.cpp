@@ -4,8 +4,12 @@
 // wait, including the resource that never reaches its state.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "EmulatorFixture.h"
 #include "LogCapture.h"
+#include "TempDir.h"
+#include "TestKeys.h"
 
 namespace {
 
@@ -101,7 +105,7 @@ TEST_F(RestoreInstances, LaunchWithFlexibleShapeAndKeyFileTextSendsShapeConfigAn
     EXPECT_GE(InstanceReads(vm.guid), 1u) << "the launch must wait by reading the instance";
 }
 
-TEST_F(RestoreInstances, LaunchRefusedByTheServiceLeavesItsMessage) {
+TEST_F(RestoreInstances, LaunchThatFailsLeavesTheServicesOrTheConnectionsReason) {
     auto facade = ConnectFacade();
     ASSERT_TRUE(facade);
     SVMInfoLib vm = NewVm("bad-shape", "VM.NoSuchShape.1");
@@ -109,6 +113,21 @@ TEST_F(RestoreInstances, LaunchRefusedByTheServiceLeavesItsMessage) {
     EXPECT_EQ(facade->GetLastError(), "Shape VM.NoSuchShape.1 is not valid.");
     EXPECT_TRUE(vm.guid.empty());
     EXPECT_EQ(CountRequests("GET", "/20160918/instances/"), 0u) << "nothing to wait for";
+
+    // A request that never leaves (the key file now needs a pass phrase the
+    // caller did not give) reports the connection's own reason.
+    std::ifstream in(info().keyFile);
+    const std::string pem((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ocwtest::TempDir dir;
+    const std::string keyFile = dir.write("api_key.pem", pem);
+    auto locked = ConnectFacade("", keyFile);
+    ASSERT_TRUE(locked);
+    dir.write("api_key.pem", ocwtest::ToPem(ocwtest::DecodePem(pem).get(), ocwtest::KeyFormat::Pkcs8Encrypted, "x"));
+    ClearRequestLog();
+    EXPECT_FALSE(locked->LaunchInstance(vm));
+    EXPECT_EQ(locked->GetLastError(),
+              "Failed to decrypt the private key. Please check if the private key passphrase provided is correct.");
+    EXPECT_TRUE(Requests().empty());
 }
 
 TEST_F(RestoreInstances, LaunchFromPreservedBootVolumeReplacesTheRecordWithTheNewInstance) {

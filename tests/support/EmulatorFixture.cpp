@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <thread>
@@ -22,37 +21,6 @@ using OracleCloudSDKWrapper::COracleCloudWrapper;
 
 namespace {
 
-// Started once, stopped by the environment at the end of the program (or by
-// the static destructor when no environment ran).
-struct EmulatorHolder {
-    std::mutex mutex;
-    std::unique_ptr<ocwemu::Emulator> emulator;
-    std::string startError;
-    bool tried = false;
-};
-
-EmulatorHolder& Holder() {
-    static EmulatorHolder holder;
-    return holder;
-}
-
-class StopEmulatorAtEnd : public ::testing::Environment {
-public:
-    void TearDown() override {
-        EmulatorHolder& h = Holder();
-        std::lock_guard<std::mutex> lock(h.mutex);
-        if (!h.emulator) return;
-        h.emulator->stop();
-        // The state directory is this run's own (a new temporary one), so
-        // nothing of it is needed afterwards.
-        std::error_code ignored;
-        std::filesystem::remove_all(h.emulator->info().stateDir, ignored);
-    }
-};
-
-// Registered while the test program starts; gtest owns the object.
-[[maybe_unused]] const ::testing::Environment* const kEnvironment = ::testing::AddGlobalTestEnvironment(new StopEmulatorAtEnd);
-
 bool StartsWith(const std::string& text, const std::string& prefix) {
     return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
 }
@@ -60,28 +28,23 @@ bool StartsWith(const std::string& text, const std::string& prefix) {
 }  // namespace
 
 ocwemu::Emulator* SharedEmulator() {
-    EmulatorHolder& h = Holder();
-    std::lock_guard<std::mutex> lock(h.mutex);
-    if (!h.tried) {
-        h.tried = true;
+    // Started on first use; stopped, and its temporary state directory
+    // removed, by the destructor when the program ends.
+    static std::string startError;
+    static std::unique_ptr<ocwemu::Emulator> emulator = [] {
         ocwemu::EmulatorOptions options;
         options.provisionMs = kProvisionMs;
         options.pageSize = kEmulatorPageSize;
         options.compartments = kScaleCompartments;
         options.instances = kScaleInstances;
         options.threads = 8;
-        auto emulator = std::make_unique<ocwemu::Emulator>(options);
-        if (emulator->start()) {
-            h.emulator = std::move(emulator);
-        } else {
-            h.startError = emulator->lastError();
-        }
-    }
-    if (!h.emulator) {
-        ADD_FAILURE() << "the emulator did not start: " << h.startError;
-        return nullptr;
-    }
-    return h.emulator.get();
+        auto started = std::make_unique<ocwemu::Emulator>(options);
+        if (started->start()) return started;
+        startError = started->lastError();
+        return std::unique_ptr<ocwemu::Emulator>();
+    }();
+    if (!emulator) ADD_FAILURE() << "the emulator did not start: " << startError;
+    return emulator.get();
 }
 
 // ---- fixture ----------------------------------------------------------------
@@ -245,8 +208,6 @@ std::string EmulatorTest::AddStatusFault(const std::string& method, const std::s
     ocwemu::DefaultErrorFor(status, rule.code, rule.message);
     return emulator_->faults().add(rule);
 }
-
-void EmulatorTest::RemoveFault(const std::string& id) { emulator_->faults().remove(id); }
 
 void EmulatorTest::HoldState(const std::string& resourceId, const std::string& state) {
     std::lock_guard<std::mutex> lock(emulator_->store().mutex());

@@ -1,43 +1,14 @@
 #pragma once
 // The shared emulator fixture: one in-process emulator per test program, a
-// clean cloud and a configuration file per test, connected OCI facades and
-// backends, and views of what the emulator received and holds. Used by the
-// end-to-end, emulator and command-line tests.
-//
-//   class Inventory : public ocwtest::EmulatorTest {};
-//
-//   TEST_F(Inventory, ListsInstances) {
-//       WriteConfig({{"nOCIPageLimit", "2"}});   // before the facade is built
-//       auto facade = ConnectFacade();            // ASSERT-style: null after a failure
-//       ASSERT_TRUE(facade);
-//       std::vector<SVMInfoLib> vms;
-//       ASSERT_TRUE(facade->GetVMInfoList(vms, 0, "")) << facade->GetLastError();
-//       EXPECT_EQ(CountRequests("GET", "/20160918/instances"), 3u);
-//   }
-//
-// The emulator starts on first use (127.0.0.1, free port, seed "demo",
-// lifecycle transitions settle after kProvisionMs, default page size
-// kEmulatorPageSize; the "scale" seed has kScaleCompartments compartments
-// sharing kScaleInstances instances) and stops when the program ends.
-//
-// SetUp of every test: the emulator is reset (seed "demo": counters, request
-// log, fault rules, held states, limits and added keys cleared) and the default
-// configuration is written and made current (PlatformConfig). So tests do not
-// see each other's resources, faults or requests; they must not run in
-// parallel within one program (they share the emulator and the configuration).
-//
-// Default configuration, section "VirtualServer" (overridable per test):
-//   sOCIEndpointOverride = emulator endpoint, sCACertFile = emulator CA,
-//   nOCIRequestRetryInitialIntervalInSeconds = 0 (retries do not pause),
-//   sOCIRequestRetryIntervalMultiplier = 1.0, nOCIMaximumRequestRetryCount = 6,
-//   nOCIOperationWaitTime = 1, nOCIOperationTimeout = 60,
-//   nHttpConnectTimeoutSeconds = 5, nHttpTransferTimeoutSeconds = 30,
-//   nOCIPageLimit unset (the emulator's page size applies);
-// section "Base": dBASEHOME = the emulator's state directory (its key file
-// is there under its bare name as well).
+// clean cloud and a configuration file per test (SetUp), connected OCI facades
+// and backends, and views of what the emulator received and holds. Used by the
+// end-to-end, emulator and command-line tests; README.md beside this file
+// describes the defaults and how to use it.
 //
 // Library objects read the configuration when they are built: call
 // WriteConfig before ConnectFacade / ConnectBackend / constructing a facade.
+// Tests of one program share the emulator and the process-wide configuration:
+// they must not run in parallel within one program.
 #include <gtest/gtest.h>
 
 #include <boost/json.hpp>
@@ -94,7 +65,6 @@ protected:
     // Writes the default configuration plus `overrides` (keys of section
     // "VirtualServer"; an empty value removes a default key) and makes it current.
     void WriteConfig(const std::map<std::string, std::string>& overrides = {});
-    const std::string& configFile() const { return configFile_; }
 
     // The user text of Connect: "<user>|<fingerprint>|<keyFile>[|<region>]".
     std::string UserToken(const std::string& region = "", const std::string& keyFile = "") const;
@@ -133,7 +103,6 @@ protected:
     // returns the rule id. Body code/message default to the service's.
     std::string AddStatusFault(const std::string& method, const std::string& pathPrefix, int status, int times,
                                const std::string& hostPart = "");
-    void RemoveFault(const std::string& id);
     // Reads of the resource show `state` until released.
     void HoldState(const std::string& resourceId, const std::string& state);
     void ReleaseState(const std::string& resourceId);

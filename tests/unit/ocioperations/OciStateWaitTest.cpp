@@ -7,6 +7,7 @@
 
 #include <deque>
 #include <map>
+#include <tuple>
 
 #include "LogCapture.h"
 #include "LoopbackTlsServer.h"
@@ -105,22 +106,15 @@ const std::string kPath = "/20160918/instances/ocid1.instance.oc1..i";
 
 }  // namespace
 
-TEST_F(OciStateWait, TunablesComeFromConfigurationWithDefaultsWhenAbsent) {
-    configure("5", "12");
-    EXPECT_EQ(m_ops->getOperationWaitTime(), 5u);
-    EXPECT_EQ(m_ops->getOperationTimeout(), 12u);
-
-    ocwtest::ScopedConfigFile empty("[VirtualServer]\n");
-    ClockedOperations defaults(m_connection.get(), &m_parser);
-    EXPECT_EQ(defaults.getOperationWaitTime(), 30u);
-    EXPECT_EQ(defaults.getOperationTimeout(), 2400u);
-    EXPECT_FALSE(defaults.SetOperationTimeout(5));  // this backend takes its timeout from configuration only
-    EXPECT_EQ(defaults.getOperationTimeout(), 2400u);
-}
-
-TEST_F(OciStateWait, NegativeConfiguredSecondsKeepTheDefault) {
-    configure("-1", "99999999999");
-    EXPECT_EQ(m_ops->getOperationWaitTime(), 30u);
+TEST_F(OciStateWait, TunablesComeFromConfigurationAndOutOfRangeValuesKeepTheDefaults) {
+    const std::tuple<const char*, const char*, unsigned, unsigned> cases[] = {
+        {"5", "12", 5, 12}, {"", "", 30, 2400}, {"-1", "99999999999", 30, 2400}};
+    for (const auto& c : cases) {
+        configure(std::get<0>(c), std::get<1>(c));
+        EXPECT_EQ(m_ops->getOperationWaitTime(), std::get<2>(c)) << std::get<0>(c);
+        EXPECT_EQ(m_ops->getOperationTimeout(), std::get<3>(c)) << std::get<1>(c);
+    }
+    EXPECT_FALSE(m_ops->SetOperationTimeout(5)) << "this backend takes its timeout from configuration only";
     EXPECT_EQ(m_ops->getOperationTimeout(), 2400u);
 }
 

@@ -154,7 +154,7 @@ TEST(ClassicDisk, SizeMustBeAPlainByteCount) {
     }
 }
 
-TEST(ClassicNames, ShapesKeysNetworksAndMessages) {
+TEST(ClassicNames, ShapesKeysAndMessages) {
     COracleCloudParser parser;
     std::vector<SInstanceShapeInfoLib> shapes;
     ASSERT_TRUE(parser.ParseList(R"({"result": [{"ram": 7680, "cpus": 2.0, "io": 200, "name": "oc3",
@@ -173,18 +173,6 @@ TEST(ClassicNames, ShapesKeysNetworksAndMessages) {
                                    key));
     EXPECT_EQ(key.name + "|" + key.fullName + "|" + key.keyText,
               "deploy-key|/Compute-acme/jdoe/deploy-key|ssh-rsa AAAAB3NzaC1yc2E jdoe@host");
-    SNetworkInfoLib net;
-    ASSERT_TRUE(parser.ParseObject(R"({"name": "/Compute-acme/jdoe/app-net", "ipAddressPrefix": "192.168.10.0/24",
-        "publicNaptEnabledFlag": true})",
-                                   net));
-    EXPECT_EQ(net.ipAddressPrefix, "192.168.10.0/24");
-    EXPECT_TRUE(net.publicNaptEnabled);
-    SContainerInfoLib container;
-    ASSERT_TRUE(parser.ParseObject(R"({"name": "/Compute-acme/jdoe/", "id": "c-1", "maxCapacity": 1099511627776})",
-                                   container));
-    EXPECT_EQ(container.guid, "c-1");
-    EXPECT_EQ(container.maxCapacity, 1099511627776ULL);
-
     // Compute and PaaS say what went wrong in different places.
     SMessageInfoLib compute, paas;
     ASSERT_TRUE(parser.ParseObject(R"({"message": "Incorrect username or password"})", compute));
