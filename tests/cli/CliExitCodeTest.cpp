@@ -35,23 +35,6 @@ TEST_F(CliExitCodes, UsageErrorsExitWith2BeforeAnyRequest) {
     EXPECT_NE(help.out.find("snapshot"), std::string::npos);
 }
 
-TEST_F(CliExitCodes, KeyTheCloudDoesNotKnowExitsWith3) {
-    // Same user and fingerprint, another key: the signature does not verify.
-    ocwemu::PKeyPtr other = ocwemu::GenerateRsaKey();
-    ASSERT_TRUE(other);
-    std::string error;
-    const std::string keyFile = dir_.path() + "/other_key.pem";
-    ASSERT_TRUE(ocwemu::WritePrivateKeyPem(keyFile, other.get(), "", error)) << error;
-    const ocwemu::EmulatorInfo& i = info();
-    const std::string config = dir_.write("config", "[DEFAULT]\nuser=" + i.user + "\nfingerprint=" +
-                                                        i.fingerprint + "\nkey_file=" + keyFile +
-                                                        "\ntenancy=" + i.tenancy + "\nregion=" + i.region + "\n");
-    const CliResult r = OcwRaw({"--config-file", config, "--ini", i.ini, "instances", "list"});
-    EXPECT_EQ(r.exitCode, 3) << r.out << r.err;
-    EXPECT_NE(r.err.find("NotAuthenticated"), std::string::npos) << r.err;
-    EXPECT_TRUE(r.out.empty()) << r.out;
-}
-
 TEST_F(CliExitCodes, UnusableProfileExitsWith3WithoutARequest) {
     const ocwemu::EmulatorInfo& i = info();
     const size_t before = Requests().size();

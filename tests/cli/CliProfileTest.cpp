@@ -60,16 +60,6 @@ TEST_F(CliProfiles, ProfileInheritsDefaultAndUnlocksItsKeyWithThePassPhrase) {
     EXPECT_FALSE(IdOf(Json(r), "name", "ocw-demo").empty()) << r.out;
 }
 
-TEST_F(CliProfiles, ProfileCanBeChosenThroughOCI_CLI_PROFILE) {
-    const std::string config = WriteOciConfig();
-    CliRunOptions options;
-    options.env["OCI_CLI_PROFILE"] = "locked";
-    options.env["OCI_CLI_CONFIG_FILE"] = config;
-    options.env["OCW_CONFIG"] = locked_->info().ini;
-    const CliResult r = OcwRaw({"regions"}, options);
-    EXPECT_EQ(r.exitCode, 0) << r.err;
-}
-
 TEST_F(CliProfiles, DefaultProfileWithAStrangersKeyIsRefused) {
     const CliResult r = Run(WriteOciConfig(), {"compartments"});
     EXPECT_EQ(r.exitCode, 3) << r.err;

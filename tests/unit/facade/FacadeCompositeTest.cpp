@@ -56,16 +56,6 @@ TEST(FacadeAttachVolume, OnlyClassicTakesASlotAndEveryTypeResetsTheFlag) {
     }
 }
 
-TEST(FacadeAttachVolume, BackendsLimitAnswerReachesTheCaller) {
-    FakeFacade f;
-    f.operations->log.failing = {"Attach"};
-    f.operations->limitOnFailure = true;
-    bool noFreeIndex = false;
-    EXPECT_FALSE(f.facade.AttachVolume("/C/u/data1", "/C/u/web01", noFreeIndex));
-    EXPECT_TRUE(noFreeIndex);
-    EXPECT_EQ(f.facade.GetLastError(), "Attach failed in the backend");
-}
-
 TEST(FacadeOciOnly, OtherCloudsAreRefusedBeforeAnyCall) {
     LogCapture log;
     FakeFacade f(ORACLE_CLOUD_CLASSIC);
