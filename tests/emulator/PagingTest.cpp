@@ -2,7 +2,8 @@
 // answers to bad paging input, a missing compartment or an unknown one.
 #include "EmulatorClient.h"
 #include "EmulatorFixture.h"
-#include "common/Paging.h"
+#include "common/Base64.h"
+#include "oci/Paging.h"
 
 #include <gtest/gtest.h>
 

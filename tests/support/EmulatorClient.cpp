@@ -1,6 +1,7 @@
 #include "EmulatorClient.h"
 
-#include "common/Paging.h"
+#include "common/Api.h"
+#include "common/Base64.h"
 #include "common/TimeUtil.h"
 
 #include "TestKeys.h"
