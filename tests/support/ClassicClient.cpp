@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 
 ClassicClient::ClassicClient(const ocwemu::EmulatorInfo& info) : info_(info) {
     http_ = std::make_unique<httplib::SSLClient>("127.0.0.1", info.port);
@@ -69,4 +69,4 @@ Response ClassicClient::paas(const std::string& method, const std::string& path,
     return call(method, path, body, h, "application/json");
 }
 
-}  // namespace emutest
+}  // namespace ocwtest

@@ -2,11 +2,11 @@
 // Test-side client for the emulator's Cloud Classic half, written from the
 // wire notes (not from the library): Compute Classic with its login cookie
 // and media types, and the PaaS services with basic credentials.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
 
 #include <functional>
 
-namespace emutest {
+namespace ocwtest {
 
 inline const char* kJsonType = "application/oracle-compute-v3+json";
 inline const char* kDirectoryType = "application/oracle-compute-v3+directory+json";
@@ -51,4 +51,4 @@ private:
     std::unique_ptr<httplib::SSLClient> http_;
 };
 
-}  // namespace emutest
+}  // namespace ocwtest
