@@ -11,10 +11,8 @@ namespace {
 
 class CliOperator : public CliTest {
 protected:
-    void TearDown() override { Emu().faults().clear(); }
-
-    static std::string AddFault(const std::string& method, const std::string& pathPrefix, const std::string& action,
-                                int status, int times, const std::string& body = std::string()) {
+    std::string AddFault(const std::string& method, const std::string& pathPrefix, const std::string& action,
+                         int status, int times, const std::string& body = std::string()) {
         ocwemu::FaultRule rule;
         rule.method = method;
         rule.pathPrefix = pathPrefix;
@@ -23,7 +21,7 @@ protected:
         rule.times = times;
         rule.body = body;
         if (status != 0) ocwemu::DefaultErrorFor(status, rule.code, rule.message);
-        return Emu().faults().add(rule);
+        return emu().faults().add(rule);
     }
 
     std::string IdByName(const std::vector<std::string>& listCommand, const std::string& name) {
@@ -86,14 +84,14 @@ TEST_F(CliOperator, WaitThatGivesUpNamesTheResourceItsLastStateAndTheRequestId) 
     const std::string backup = Member(error.at("resource").as_object(), "id");
     EXPECT_EQ(backup.rfind("ocid1.volumebackup.", 0), 0u) << r.err;
     // The backup the wait left behind is real, and now findable.
-    Emu().faults().clear();
+    emu().faults().clear();
     EXPECT_FALSE(IdOf(Json(Ocw({"--json", "backups", "list"})), "id", backup).empty());
 }
 
 TEST_F(CliOperator, CtrlCInTheMiddleOfAWaitNamesTheResourceAndItsLastState) {
     // Transitions that take a minute keep what the commands create in the making.
     TempDir slowState;
-    ocwemu::Emulator slow(TestEmulatorOptions(slowState, 60000));
+    ocwemu::Emulator slow(OwnEmulatorOptions(slowState, 60000));
     ASSERT_TRUE(slow.start()) << slow.lastError();
     const auto run = [&slow](std::vector<std::string> args, const CliRunOptions& options = {}) {
         args.insert(args.begin(), {"--config-file", slow.info().ociConfig, "--ini", slow.info().ini, "--json"});
@@ -135,7 +133,7 @@ TEST_F(CliOperator, CtrlCInTheMiddleOfAWaitNamesTheResourceAndItsLastState) {
 TEST_F(CliOperator, WrongInputIsRefusedBeforeAnyRequest) {
     const std::string volume = IdByName({"volumes", "list"}, "ocw-data-1");
     const std::string instance = IdByName({"instances", "list"}, "ocw-web-1");
-    const size_t before = RequestCount();
+    const size_t before = Requests().size();
     const struct {
         std::vector<std::string> args;
         const char* says;
@@ -156,7 +154,7 @@ TEST_F(CliOperator, WrongInputIsRefusedBeforeAnyRequest) {
     const CliResult json = Ocw({"--json", "instances", "lst"});
     EXPECT_EQ(json.exitCode, 2);
     EXPECT_EQ(ErrorJson(json).at("exitCode").to_number<int>(), 2);
-    EXPECT_EQ(RequestCount(), before);
+    EXPECT_EQ(Requests().size(), before);
 }
 
 TEST_F(CliOperator, DetachFromAnInstanceTheVolumeIsNotAttachedToIsRefused) {
@@ -186,7 +184,7 @@ TEST_F(CliOperator, FailedReadsAreErrorsWithTheirStatusNeverEmptyResults) {
         SCOPED_TRACE(c.pathPrefix);
         const std::string fault = AddFault("GET", c.pathPrefix, "status", c.status, -1, c.body);
         const CliResult r = Ocw(c.args);
-        Emu().faults().remove(fault);
+        emu().faults().remove(fault);
         EXPECT_EQ(r.exitCode, c.exitCode) << r.out << r.err;
         EXPECT_TRUE(r.out.empty()) << r.out;
         EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
@@ -201,7 +199,7 @@ TEST_F(CliOperator, ListingsCoverEveryCompartmentWithItsName) {
     slow.action = "delay";
     slow.delayMs = 1500;
     slow.times = 1;
-    Emu().faults().add(slow);
+    emu().faults().add(slow);
     CliResult r = Ocw({"--json", "volumes", "list"});
     ASSERT_EQ(r.exitCode, 0) << r.err;
     const boost::json::value volumes = Json(r);

@@ -2,12 +2,12 @@
 // both request ids, and a record that never carries an older request.
 #include <gtest/gtest.h>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class FailureRecord : public EmulatorTest {};
 

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class Listings : public EmulatorTest {};
 
