@@ -78,6 +78,17 @@ bool COracleCloudParser::Convert(const JsonObject& obj, SVMInfoLib& out) {
     std::vector<std::string> parts = StringUtil::Split(out.fullName, '/');
     out.compartmentId = parts.size() > 3 ? parts[2] : GetStringValue(obj, "hostname");
     ConvertNestedList(obj, "storage_attachments", out.disks);
+    // An instance that boots from a volume says which slot in "boot_order";
+    // its attachment entries carry no boot flag of their own, so the disk in
+    // that slot is marked bootable (a saved document must launch again).
+    if (const JsonArray* bootOrder = FindArrayValue(obj, "boot_order")) {
+        if (!bootOrder->empty() && bootOrder->front().is_int64()) {
+            out.bootDiskIndex = ClampToInt(bootOrder->front().get_int64());
+            for (SDiskInfoLib& disk : out.disks) {
+                if (disk.index == out.bootDiskIndex) disk.bootable = true;
+            }
+        }
+    }
     return true;
 }
 

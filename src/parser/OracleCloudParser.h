@@ -231,9 +231,10 @@ public:
     static std::string GetRSubStrFromLastSlash(const std::string& s);
 
     // The "networking" map of a Classic instance: members are visited in key
-    // order; "eth0" (the shared network) contributes its "seclists" as security
-    // groups, every other interface one SVNicInfoLib named after its
-    // "ipnetwork". Always true.
+    // order; "eth0" (the shared network, unless it names an "ipnetwork")
+    // contributes its "seclists" as security groups, every other interface
+    // one SVNicInfoLib named after its "ipnetwork" (privateIp: its "ip").
+    // Always true.
     bool ExtractIPNetworksAndSecurity(const JsonObject& networking, std::vector<SVNicInfoLib>& vnics,
                                       std::vector<SSecurityGroupInfoLib>& groups);
 
