@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/StringUtil.h"
+#include "transport/OracleCloudBaseConnection.h"
 
 namespace OracleCloudSDKWrapper {
 namespace classicnames {
@@ -43,6 +44,23 @@ inline std::string Join(const std::string& a, const std::string& b) { return Pat
 // object's full name. A name without its leading "/" still gets one "/".
 inline std::string ObjectLink(const char* collection, const std::string& fullName) {
     return Join(collection, fullName);
+}
+
+// The user path ("/Compute-acme/jdoe") of a user given as "jdoe" (inside the
+// connection's identity domain), as a path already, or empty (the connected user).
+inline std::string UserPath(const std::string& user, COracleCloudBaseConnection& connection) {
+    if (user.empty()) return connection.getUser();
+    if (user.front() == '/') return user;
+    return "/" + connection.getIdentityDomain() + "/" + user;
+}
+
+// The user container of a full name: "/Compute-acme/jdoe/vol1/x" gives
+// "/Compute-acme/jdoe"; empty when the name has fewer parts.
+inline std::string ContainerOf(const std::string& fullName) {
+    if (fullName.empty() || fullName.front() != '/') return std::string();
+    const size_t second = fullName.find('/', 1);
+    const size_t third = second == std::string::npos ? second : fullName.find('/', second + 1);
+    return third == std::string::npos ? std::string() : fullName.substr(0, third);
 }
 
 // The part of a name before its last "/" (empty when it has none).

@@ -67,7 +67,8 @@ public:
     bool CreateSnapshotForVolume(const std::string& volume, const std::string& description,
                                  const std::string& snapshotName, SSnapshotInfoLib& snapshot) override;
     // Needs snapshot.status "completed". Creates disk.volumeName (a full name,
-    // or a name under the connected user) of the snapshot's size; no wait.
+    // or a name put in the user container of the snapshot's volume) of the
+    // snapshot's size; no wait. disk receives the new volume's record.
     bool CreateVolumeFromSnapshot(const SSnapshotInfoLib& snapshot, SDiskInfoLib& disk) override;
     bool DeleteVolumeSnapshot(const std::string& snapshot) override;
     bool DeleteVolume(const std::string& volume) override;

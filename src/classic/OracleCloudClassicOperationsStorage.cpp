@@ -19,8 +19,7 @@ std::string CollectionLink(const char* collection) { return std::string(collecti
 
 bool COracleCloudClassicOperations::CreateVolume(SDiskInfoLib& disk, const std::string& user) {
     // Under the connected user, or under the user named (inside this identity domain).
-    const std::string fullName =
-        user.empty() ? getUser() + "/" + disk.volumeName : getDomain() + "/" + user + "/" + disk.volumeName;
+    const std::string fullName = FullVolumeName(disk.volumeName, UserPath(user, *m_connection));
     if (!PostObjectToLinkAndGetResult(CollectionLink(kVolume), JsonHelper::Serialize(CreateVolumeBody(disk, fullName)),
                                       disk)) {
         return false;
@@ -33,7 +32,9 @@ bool COracleCloudClassicOperations::CreateVolumeFromSnapshot(const SSnapshotInfo
         return OCW_FAIL("Cannot create volume from snapshot [%s] which is in [%s] state", snapshot.name.c_str(),
                         snapshot.status.c_str());
     }
-    const std::string fullName = FullVolumeName(disk.volumeName, getUser());
+    // A short name lands beside the snapshot's volume (in its user's container).
+    const std::string container = ContainerOf(snapshot.volumeName);
+    const std::string fullName = FullVolumeName(disk.volumeName, container.empty() ? getUser() : container);
     return PostObjectToLinkAndGetResult(CollectionLink(kVolume),
                                         JsonHelper::Serialize(VolumeFromSnapshotBody(fullName, snapshot, disk.properties)),
                                         disk);
@@ -62,8 +63,7 @@ bool COracleCloudClassicOperations::DeleteVolume(const std::string& volume) {
 }
 
 bool COracleCloudClassicOperations::DoesVolumeExist(const std::string& volumeName, const std::string& user) {
-    const std::string fullName =
-        user.empty() ? FullVolumeName(volumeName, getUser()) : FullVolumeName(volumeName, getDomain() + "/" + user);
+    const std::string fullName = FullVolumeName(volumeName, UserPath(user, *m_connection));
     std::string response;
     return m_connection->get(ObjectLink(kVolume, fullName), response, false, false);
 }

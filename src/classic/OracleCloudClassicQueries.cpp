@@ -42,16 +42,6 @@ bool COracleCloudClassicQueries::readLink(const std::string& link, std::string& 
     return false;
 }
 
-std::string COracleCloudClassicQueries::userPath(const std::string& userText) {
-    if (userText.empty()) {
-        return m_connection->getUser();
-    }
-    if (userText.front() == '/') {
-        return userText;
-    }
-    return "/" + m_connection->getIdentityDomain() + "/" + userText;
-}
-
 // ---- link readers -------------------------------------------------------------
 
 bool COracleCloudClassicQueries::GetListFromLink(const std::string& link, std::vector<std::string>& names) {

@@ -167,9 +167,6 @@ protected:
     // GET of link; on failure the last error is set (service message or
     // transfer text) and false returned.
     bool readLink(const std::string& link, std::string& response, bool directoryListing);
-    // The user path "/Compute-<domain>/<user>" of a user given as "jdoe", as a
-    // path, or empty (the connected user).
-    std::string userPath(const std::string& userText);
     // The user containers of the instance collection ("/Compute-acme/jdoe/").
     bool listUserContainers(std::vector<std::string>& containers);
     // Fills vm.disks from the instance's attachments (see GetVMInfo).

@@ -33,7 +33,9 @@ bool COracleCloudClassicQueries::GetVMInfoList(std::vector<SVMInfoLib>& vms, uns
 
 bool COracleCloudClassicQueries::GetVMInfo(const std::string& vmName, const std::string& vmId, SVMInfoLib& vm,
                                            unsigned long long /*flags*/, const std::string& /*region*/) {
+    // Callers pass fields of vm itself: copies, as vm is written below.
     const std::string name = vmName.empty() ? vmId : vmName;
+    const std::string uuid = vmId;
     std::vector<SVMInfoLib> found;
     if (name.find('/') != std::string::npos) {
         // Listed, not read: the object comes first, and a name without its
@@ -50,7 +52,7 @@ bool COracleCloudClassicQueries::GetVMInfo(const std::string& vmName, const std:
             if (candidate.vmName == name) found.push_back(std::move(candidate));
         }
         // Two users may have instances of one short name: the uuid, when given, decides.
-        std::stable_partition(found.begin(), found.end(), [&](const SVMInfoLib& v) { return v.guid == vmId; });
+        std::stable_partition(found.begin(), found.end(), [&](const SVMInfoLib& v) { return v.guid == uuid; });
     }
     if (found.empty()) {
         OCW_LOG_ERROR(&m_debugLog, "Instance [%s] was not found", name.c_str());
@@ -96,7 +98,7 @@ bool COracleCloudClassicQueries::GetVMInfoListForHost(std::vector<SVMInfoLib>& v
         SetLastError("Cannot fetch Instances with empty username");
         return false;
     }
-    return GetListFromLink(Join(kInstance, userPath(hostName)), vms, false);
+    return GetListFromLink(Join(kInstance, UserPath(hostName, *m_connection)), vms, false);
 }
 
 bool COracleCloudClassicQueries::GetInstanceConfigJson(const std::string& instanceName, std::string& json) {
@@ -137,7 +139,8 @@ bool COracleCloudClassicQueries::WaitForBoot(SVMInfoLib& vm, int timeoutSeconds,
     bool logged = false;
     for (;;) {
         const std::string name = vm.fullName.empty() ? vm.vmName : vm.fullName;
-        if (!GetVMInfo(name, vm.guid, vm, 0, region)) {
+        const std::string uuid = vm.guid;
+        if (!GetVMInfo(name, uuid, vm, 0, region)) {
             OCW_LOG_ERROR(&m_debugLog, "GetVMInfoForVM Failed for VM [%s]", name.c_str());
             return false;
         }
@@ -199,7 +202,7 @@ bool COracleCloudClassicQueries::GetNetworkList(std::vector<SNetworkInfoLib>& ne
                                                 const std::string& compartmentId,
                                                 const std::string& /*availabilityDomain*/,
                                                 const std::string& /*region*/) {
-    return GetListFromLink(Join(kIpNetwork, userPath(compartmentId)) + "/", networks, false);
+    return GetListFromLink(Join(kIpNetwork, UserPath(compartmentId, *m_connection)) + "/", networks, false);
 }
 
 bool COracleCloudClassicQueries::GetIPAssocation(const std::string& vcableId,

@@ -99,6 +99,9 @@ bool COracleCloudClassicConnection::connect(const std::string& serverText, const
         if (user.find(kComputeUserPrefix) == std::string::npos) {
             user = kComputeUserPrefix + user;
         }
+        // A second connect on a live connection must take the new login's
+        // cookie, not send the old one along.
+        awaitingSessionCookie = true;
         std::string response;
         if (post(kLoginUrl, BuildLoginBody(user, pwd), response)) {
             return true;
