@@ -60,10 +60,23 @@ bool COracleCloudWrapper::ReadInstanceOrchestration(const std::string& json, SVM
     if (m_parser == nullptr) {
         return false;
     }
+    // Deliberate: the orchestrations saved by GetInstanceConfigurations come
+    // from "platform/v1/orchestration", whose documents hold "objects" with
+    // templates (and the instances they started) instead of "oplans". Such a
+    // document is read like GetOrchestrationInfo reads one.
+    SOrchestrationInfoLib orchestration;
+    if (json.find("\"oplans\"") == std::string::npos && m_parser->ParseObject(json, orchestration) &&
+        !orchestration.vm.fullName.empty()) {
+        vm = orchestration.vm;
+        return true;
+    }
+    // The older form holds launch plans under "oplans"; their instances are
+    // specifications, named without a uuid.
     std::vector<SVMInfoLib> instances;
     const bool parsed = m_parser->ParseListAlongPath(json, {"oplans", "objects", "instances"}, instances);
     if (!instances.empty()) {
         vm = instances.front();
+        COracleCloudParser::ReadAsInstanceSpec(vm);
     }
     return parsed;
 }

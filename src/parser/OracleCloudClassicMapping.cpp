@@ -218,18 +218,31 @@ bool COracleCloudParser::Convert(const JsonObject& obj, SOrchestrationInfoLib& o
     for (const JsonValue& element : *objects) {
         const JsonObject* entry = element.if_object();
         if (entry == nullptr) continue;
-        // A launch-plan object lists its instances; an orchestration (v2)
-        // object of type "Instance" carries the instance in its template.
+        // An object that lists the instances it started (a launch-plan object,
+        // or an orchestration object as the service shows it) names the real
+        // instance; an empty list means it has not started one.
         if (const JsonArray* instances = FindArrayValue(*entry, "instances")) {
             for (const JsonValue& instance : *instances) {
                 if (const JsonObject* vm = instance.if_object()) return Convert(*vm, out.vm);
             }
+            continue;
         }
+        // Otherwise an object of type "Instance" carries only the instance's
+        // specification in its template (a saved or an inactive orchestration).
         if (GetStringValue(*entry, "type") == "Instance") {
-            if (const JsonObject* tmpl = FindObjectValue(*entry, "template")) return Convert(*tmpl, out.vm);
+            if (const JsonObject* tmpl = FindObjectValue(*entry, "template")) {
+                const bool converted = Convert(*tmpl, out.vm);
+                ReadAsInstanceSpec(out.vm);
+                return converted;
+            }
         }
     }
     return true;
+}
+
+void COracleCloudParser::ReadAsInstanceSpec(SVMInfoLib& vm) {
+    vm.vmName = GetRSubStrFromLastSlash(vm.fullName);
+    vm.guid.clear();
 }
 
 // ---- records without a Classic source --------------------------------------
