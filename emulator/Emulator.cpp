@@ -1,5 +1,7 @@
 #include "Emulator.h"
 
+#include "classic/ClassicCloud.h"
+#include "classic/ClassicJson.h"
 #include "common/AdminApi.h"
 #include "common/HttpServer.h"
 #include "common/Ids.h"
@@ -8,6 +10,7 @@
 #include "common/TimeUtil.h"
 #include "common/TlsMaterial.h"
 #include "oci/OciCloud.h"
+#include "oci/OciErrors.h"
 #include "oci/OciWorld.h"
 
 #include <sys/stat.h>
@@ -30,6 +33,8 @@ struct Emulator::Impl {
     KeyRegistry keys;
     OciWorld world;
     std::unique_ptr<OciCloud> oci;
+    ClassicAccount classicAccount;
+    std::unique_ptr<ClassicCloud> classic;
     Router routes;
     Router adminRoutes;
     std::unique_ptr<AdminApi> admin;
@@ -50,7 +55,12 @@ std::string EmulatorInfo::toJsonLine() const {
                           {"region", region},
                           {"state_dir", stateDir},
                           {"namespace", namespaceName},
-                          {"port", port}});
+                          {"port", port},
+                          {"classic_endpoint", classicEndpoint},
+                          {"paas_endpoint", paasEndpoint},
+                          {"identity_domain", identityDomain},
+                          {"classic_user", classicUser},
+                          {"classic_profile", classicProfile}});
 }
 
 Emulator::Emulator(EmulatorOptions options) : options_(std::move(options)) {}
@@ -67,6 +77,9 @@ Stats& Emulator::stats() { return impl_->stats; }
 RequestLog& Emulator::requestLog() { return impl_->log; }
 FaultRules& Emulator::faults() { return impl_->faults; }
 Store& Emulator::store() { return impl_->store; }
+void Emulator::expireClassicSessions() {
+    if (impl_ && impl_->classic) impl_->classic->expireSessions();
+}
 
 namespace {
 
@@ -105,6 +118,15 @@ std::string ReadFile(const std::string& path) {
 bool IsIpLiteral(const std::string& h) {
     return !h.empty() && h.find_first_not_of("0123456789.") == std::string::npos ? true
                                                                                   : h.find(':') != std::string::npos;
+}
+
+// The password of an earlier run on this state directory, or a new one.
+std::string ClassicPasswordIn(const std::string& profile) {
+    std::stringstream in(ReadFile(profile));
+    std::string line;
+    while (std::getline(in, line))
+        if (line.rfind("password=", 0) == 0 && line.size() > 9) return line.substr(9);
+    return "Ocw-" + RandomAlnum(16);
 }
 
 }  // namespace
@@ -191,13 +213,23 @@ bool Emulator::start() {
         info_.namespaceName = w.namespaceName;
 
         impl->oci = std::make_unique<OciCloud>(impl->store, w, impl->keys);
+        ClassicAccount& ca = impl->classicAccount;
+        ca.exists = options_.classicAccount;
+        ca.identityDomain = options_.classicIdentityDomain;
+        ca.user = options_.classicUser;
+        ca.provisionMs = w.provisionMs;
+        ca.sessionLifetimeMs = options_.classicSessionMs;
+        ca.password = ClassicPasswordIn(dir + "/classic-profile");
+        impl->classic = std::make_unique<ClassicCloud>(impl->store, ca);
         {
             std::lock_guard<std::mutex> lock(impl->store.mutex());
             std::string seedError;
-            if (!impl->oci->seed(options_.seed, options_.compartments, options_.instances, NowMs(), seedError))
+            if (!impl->oci->seed(options_.seed, options_.compartments, options_.instances, NowMs(), seedError) ||
+                !impl->classic->seed(options_.seed, options_.instances, NowMs(), seedError))
                 throw std::runtime_error(seedError);
         }
         impl->oci->registerRoutes(impl->routes);
+        impl->classic->registerRoutes(impl->routes);
 
         Impl* p = impl.get();
         AdminHooks hooks;
@@ -236,7 +268,9 @@ bool Emulator::start() {
         const EmulatorOptions opts = options_;
         hooks.reseed = [p, opts](const std::string& seed, std::string& error) {
             if (p->pipeline) p->pipeline->clearRetryTokens();
-            return p->oci->seed(seed.empty() ? opts.seed : seed, opts.compartments, opts.instances, NowMs(), error);
+            const std::string mode = seed.empty() ? opts.seed : seed;
+            return p->oci->seed(mode, opts.compartments, opts.instances, NowMs(), error) &&
+                   p->classic->seed(mode, opts.instances, NowMs(), error);
         };
         hooks.resetKeysAndLimits = [p] {
             p->keys.removeTemporary();
@@ -244,14 +278,34 @@ bool Emulator::start() {
         };
         impl->admin = std::make_unique<AdminApi>(impl->stats, impl->log, impl->faults, impl->store, hooks);
         impl->admin->registerRoutes(impl->adminRoutes);
+        impl->classic->registerAdminRoutes(impl->adminRoutes);
 
         OciCloud* oci = impl->oci.get();
-        impl->pipeline = std::make_unique<Pipeline>(
-            impl->routes, impl->adminRoutes, impl->store, impl->stats, impl->log, impl->faults,
-            [oci](const ApiRequest& rq, RouteAuth a, ApiResponse& rs, std::string& reason) {
-                return oci->authenticate(rq, a, rs, reason);
-            },
-            [oci](const std::string& host) { return oci->regionForHost(host); });
+        std::map<RouteAuth, AuthScheme> schemes;
+        schemes[RouteAuth::OciSignature] =
+            AuthScheme{[oci](const ApiRequest& rq, RouteAuth a, ApiResponse& rs, std::string& reason) {
+                           return oci->authenticate(rq, a, rs, reason);
+                       },
+                       OciError};
+        schemes[RouteAuth::None] =
+            AuthScheme{[](const ApiRequest&, RouteAuth, ApiResponse&, std::string&) { return true; }, OciError};
+        schemes[RouteAuth::Admin] =
+            AuthScheme{[](const ApiRequest& rq, RouteAuth, ApiResponse& rs, std::string& reason) {
+                           if (IsLoopback(rq.remoteAddr)) return true;
+                           reason = "admin from a remote address";
+                           rs.error(403, "NotAllowed", "The admin interface answers loopback clients only.");
+                           return false;
+                       },
+                       [](ApiResponse& rs, int status, const std::string& code, const std::string& message) {
+                           rs.error(status, code, message);
+                       }};
+        impl->classic->addAuthSchemes(schemes);
+        impl->pipeline = std::make_unique<Pipeline>(impl->routes, impl->adminRoutes, impl->store, impl->stats,
+                                                    impl->log, impl->faults, std::move(schemes),
+                                                    [oci](const ApiRequest& rq, std::string& region, ApiResponse&) {
+                                                        region = oci->regionForHost(rq.host);
+                                                        return true;
+                                                    });
 
         Pipeline* pipeline = impl->pipeline.get();
         std::string listenError;
@@ -277,6 +331,20 @@ bool Emulator::start() {
                           "\nsCACertFile=" + info_.caFile +
                           "\nnOCIOperationWaitTime=1\nnOCIRequestRetryInitialIntervalInSeconds=1\n";
         if (!WriteFileAtomic(info_.ini, ini, 0600)) throw std::runtime_error("cannot write " + info_.ini);
+        if (ca.exists) {
+            info_.classicEndpoint = info_.endpoint;
+            info_.paasEndpoint = info_.endpoint;
+            info_.identityDomain = ca.identityDomain;
+            info_.classicUser = ca.user;
+            info_.classicPassword = ca.password;
+            info_.classicProfile = dir + "/classic-profile";
+            const std::string profile = "[DEFAULT]\ncompute_endpoint=" + info_.classicEndpoint +
+                                        "\npaas_endpoint=" + info_.paasEndpoint +
+                                        "\nidentity_domain=" + ca.identityDomain + "\nuser=" + ca.user +
+                                        "\npassword=" + ca.password + "\nca_file=" + info_.caFile + "\n";
+            if (!WriteFileAtomic(info_.classicProfile, profile, 0600))
+                throw std::runtime_error("cannot write " + info_.classicProfile);
+        }
     } catch (const std::exception& e) {
         error_ = e.what();
         impl->server.stop();

@@ -1,5 +1,5 @@
 #pragma once
-// ocwemu::Emulator — the local OCI cloud, startable in-process.
+// ocwemu::Emulator — the local OCI and Cloud Classic clouds, startable in-process.
 //
 //   ocwemu::EmulatorOptions opts;          // defaults: 127.0.0.1, free port, temp state dir, demo seed
 //   opts.provisionMs = 100;                 // lifecycle transitions settle after 0.1 s
@@ -13,10 +13,26 @@
 //   ...
 //   emu.stop();                             // also done by the destructor
 //
-// The same port serves every OCI service (routing by path, any Host) and the
+// The same port serves every OCI service (routing by path, any Host), Compute
+// Classic and the Classic PaaS services (their paths do not collide), and the
 // admin interface under /_emulator/ (see common/AdminApi.h). Tests can reach
 // the admin objects directly through stats(), requestLog(), faults() and
 // store() as well.
+//
+// Cloud Classic (unless options.classicAccount is false): one account whose
+// identity domain and user are options; its password is made once per state
+// directory. In-process users find everything in info():
+//   i.classicEndpoint   Compute Classic REST endpoint ("https://127.0.0.1:<port>"; login at
+//                       "authenticate/" as "/Compute-<identityDomain>/<classicUser>")
+//   i.paasEndpoint      the PaaS REST endpoint (basic credentials <classicUser>:<password>,
+//                       X-ID-TENANT-NAME: <identityDomain>)
+//   i.identityDomain, i.classicUser
+//   i.classicPassword   the password; in-process only: never in the ready line nor a log
+//   i.classicProfile    the Classic profile file (mode 0600; keys in docs/emulator.md)
+// Sessions last options.classicSessionMs (GET "refresh/" extends one);
+// expireClassicSessions() ends them all at once, as DELETE
+// /_emulator/classic/sessions does, so a test can make a session die in the
+// middle of a wait.
 //
 // Thread-safety: start() and stop() from one thread; the server itself runs
 // on its own worker threads.
@@ -46,6 +62,10 @@ struct EmulatorOptions {
     std::size_t pageSize = 10;    // default page size of lists
     int threads = 32;             // worker threads (one per open keep-alive connection)
     std::int64_t retentionMs = 12LL * 3600 * 1000;  // TERMINATED/DELETED resources stay readable this long
+    bool classicAccount = true;                     // serve Cloud Classic (Compute Classic and PaaS)
+    std::string classicIdentityDomain = "acme";
+    std::string classicUser = "jdoe";
+    std::int64_t classicSessionMs = 30LL * 60 * 1000;  // lifetime of a Compute Classic login session
 };
 
 struct EmulatorInfo {
@@ -61,9 +81,18 @@ struct EmulatorInfo {
     std::string region;    // home region
     std::string stateDir;
     std::string namespaceName;
+    // Cloud Classic; empty when the emulator serves no Classic account.
+    std::string classicEndpoint;
+    std::string paasEndpoint;
+    std::string identityDomain;
+    std::string classicUser;
+    std::string classicProfile;
+    std::string classicPassword;  // never part of toJsonLine()
 
     // The one line printed when ready: {"oci_endpoint", "ca_file", "oci_config",
-    // "ini", "tenancy", "user", "fingerprint", "key_file", "region", ...}.
+    // "ini", "tenancy", "user", "fingerprint", "key_file", "region", ...,
+    // "classic_endpoint", "paas_endpoint", "identity_domain", "classic_user",
+    // "classic_profile"}.
     std::string toJsonLine() const;
 };
 
@@ -88,6 +117,9 @@ public:
     RequestLog& requestLog();
     FaultRules& faults();
     Store& store();  // lock store().mutex() while touching it
+    // Ends every Compute Classic session now: the next request with an old
+    // cookie gets 401 "Authorization token is invalid".
+    void expireClassicSessions();
 
 private:
     struct Impl;

@@ -1,4 +1,4 @@
-// ocw-emulator: a local HTTPS cloud that behaves like OCI on the wire.
+// ocw-emulator: a local HTTPS cloud that behaves like OCI and Cloud Classic on the wire.
 // Prints one JSON line when ready, serves until SIGINT or SIGTERM, exits 0.
 #include "Emulator.h"
 
@@ -15,6 +15,8 @@ const char* kUsage =
     "usage: ocw-emulator [--listen HOST:PORT] [--state-dir DIR] [--seed demo|empty|scale]\n"
     "                    [--compartments N] [--instances N] [--provision-ms N] [--pass-phrase TEXT]\n"
     "                    [--region NAME]... [--page-size N] [--threads N] [--retention-ms N]\n"
+    "                    [--classic on|off] [--identity-domain NAME] [--classic-user NAME]\n"
+    "                    [--classic-session-ms N]\n"
     "\n"
     "  --listen HOST:PORT  address to serve on (default 127.0.0.1:0, a free port)\n"
     "  --state-dir DIR     keeps TLS material, the API key and the client files (default: a new temp dir)\n"
@@ -27,7 +29,12 @@ const char* kUsage =
     "                      (default us-phoenix-1 and us-ashburn-1)\n"
     "  --page-size N       default page size of lists (default 10)\n"
     "  --threads N         worker threads (default 32)\n"
-    "  --retention-ms N    how long terminated resources stay readable (default 12 h)\n";
+    "  --retention-ms N    how long terminated resources stay readable (default 12 h)\n"
+    "  --classic on|off    serve a Cloud Classic account (default on); its password is in the\n"
+    "                      state directory's classic-profile, never on the command line\n"
+    "  --identity-domain NAME  the Classic identity domain (default acme)\n"
+    "  --classic-user NAME the Classic user (default jdoe)\n"
+    "  --classic-session-ms N  lifetime of a Compute Classic login session (default 1800000)\n";
 
 bool ParseInt(const std::string& text, long long min, long long max, long long& out) {
     char* end = nullptr;
@@ -93,6 +100,18 @@ int main(int argc, char** argv) {
         } else if (arg == "--retention-ms") {
             ok = ParseInt(value, 0, 100LL * 24 * 3600 * 1000, n);
             opts.retentionMs = n;
+        } else if (arg == "--classic") {
+            ok = value == "on" || value == "off";
+            opts.classicAccount = value == "on";
+        } else if (arg == "--identity-domain") {
+            opts.classicIdentityDomain = value;
+            ok = !value.empty() && value.find_first_of("/ \"") == std::string::npos;
+        } else if (arg == "--classic-user") {
+            opts.classicUser = value;
+            ok = !value.empty() && value.find_first_of("/ \"") == std::string::npos;
+        } else if (arg == "--classic-session-ms") {
+            ok = ParseInt(value, 1, 24LL * 3600 * 1000, n);
+            opts.classicSessionMs = n;
         } else {
             std::cerr << "ocw-emulator: unknown option " << arg << "\n" << kUsage;
             return 2;

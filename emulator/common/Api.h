@@ -46,7 +46,8 @@ struct ApiResponse {
     void json(int statusCode, const JValue& doc);
     // A body that already is serialised JSON.
     void jsonText(int statusCode, std::string text);
-    // {"code": code, "message": message} with the status, as every service answers errors.
+    // {"code": code, "message": message} with the status: OCI's error body,
+    // also used by the admin interface.
     void error(int statusCode, const std::string& code, const std::string& message);
     void noContent(int statusCode = 204);
 };
@@ -59,21 +60,5 @@ bool ParseTarget(const std::string& target, std::string& rawPath, std::vector<st
 
 bool PercentDecode(const std::string& in, std::string& out, bool plusIsSpace);
 std::string PercentEncode(const std::string& in);
-
-// Standard error texts of the services.
-namespace err {
-inline const char* kNotFoundMsg = "Authorization failed or requested resource not found.";
-// 404 for a resource named in the path or query that is missing (or, at the
-// service, not visible to the caller).
-void NotAuthorizedOrNotFound(ApiResponse& res);
-// 404 for a path (and method) where the service has no operation at all.
-void NoSuchOperation(ApiResponse& res);
-void InvalidParameter(ApiResponse& res, const std::string& message);
-void MissingParameter(ApiResponse& res, const std::string& name);
-void IncorrectState(ApiResponse& res, const std::string& message);
-void Conflict(ApiResponse& res, const std::string& message);
-void LimitExceeded(ApiResponse& res, const std::string& message);
-void RelatedNotFound(ApiResponse& res, const std::string& what);
-}  // namespace err
 
 }  // namespace ocwemu

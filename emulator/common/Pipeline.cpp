@@ -12,21 +12,35 @@ bool IsLoopback(const std::string& addr) {
     return addr.rfind("127.", 0) == 0 || addr == "::1" || addr.rfind("::ffff:127.", 0) == 0;
 }
 
+const AuthScheme& Pipeline::scheme(RouteAuth auth) const {
+    auto it = schemes_.find(auth);
+    if (it != schemes_.end()) return it->second;
+    // Kinds without a scheme of their own (OCI object uploads) share their family's.
+    if (auth == RouteAuth::OciSignatureUnsignedBody) return scheme(RouteAuth::OciSignature);
+    static const AuthScheme kRefuseAll{[](const ApiRequest&, RouteAuth, ApiResponse& res, std::string& reason) {
+                                           reason = "no authenticator for this route";
+                                           res.error(401, "NotAuthenticated", "No credentials are accepted here.");
+                                           return false;
+                                       },
+                                       [](ApiResponse& res, int status, const std::string& code,
+                                          const std::string& message) { res.error(status, code, message); }};
+    return kRefuseAll;
+}
+
 void Pipeline::handleAdmin(ApiRequest& req, ApiResponse& res) {
-    if (!IsLoopback(req.remoteAddr)) {
-        res.error(403, "NotAllowed", "The admin interface answers loopback clients only.");
-        return;
-    }
+    const AuthScheme& admin = scheme(RouteAuth::Admin);
+    std::string reason;
+    if (!admin.check(req, RouteAuth::Admin, res, reason)) return;
     Router::Match m = admin_.find(req);
     if (!m.handler) {
-        res.error(m.pathKnown ? 405 : 404, m.pathKnown ? "MethodNotAllowed" : "NotFound",
-                  "No such admin operation.");
+        admin.error(res, m.pathKnown ? 405 : 404, m.pathKnown ? "MethodNotAllowed" : "NotFound",
+                    "No such admin operation.");
         return;
     }
     try {
         (*m.handler)(req, res);
     } catch (const std::exception& e) {
-        res.error(500, "InternalServerError", e.what());
+        admin.error(res, 500, "InternalServerError", e.what());
     }
 }
 
@@ -35,14 +49,14 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
     std::string pattern = "unmatched";
     LoggedRequest entry;
     if (!ParseTarget(req.target, req.rawPath, req.segments, req.query)) {
-        res.error(400, "InvalidParameter", "The request URL is malformed.");
+        scheme(routes_.areaOf(req.rawPath)).error(res, 400, "InvalidParameter", "The request URL is malformed.");
     } else if (req.rawPath.rfind("/_emulator/", 0) == 0 || req.rawPath == "/_emulator") {
         handleAdmin(req, res);
         res.setHeader("opc-request-id", requestId);
         return;  // admin traffic stays out of the statistics and the log
     } else {
-        req.region = region_(req.host);
         Router::Match m = routes_.find(req);
+        const AuthScheme& auth = scheme(m.auth);
         if (m.handler) pattern = m.pattern;
         FaultDecision fault = faults_.match(req.method, req.rawPath, req.host);
         if (!fault.ruleId.empty()) {
@@ -52,18 +66,21 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
         if (fault.delayMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
         std::string reason;
         if (fault.action == "status") {
-            res.error(fault.status, fault.code, fault.message);
+            auth.error(res, fault.status, fault.code, fault.message);
             if (fault.status == 429 || fault.status == 503) res.setHeader("retry-after", "1");
         } else if (fault.action == "close") {
             res.transportFault = "close";
-        } else if (!auth_(req, m.handler ? m.auth : RouteAuth::OciSignature, res, reason)) {
+        } else if (!region_(req, req.region, res)) {
+            entry.rejection = "region";
+        } else if (!auth.check(req, m.auth, res, reason)) {
             stats_.recordRejection(reason);
             entry.rejection = reason;
         } else if (!m.handler) {
             if (m.pathKnown)
-                res.error(405, "MethodNotAllowed", "The method " + req.method + " is not allowed on this resource.");
+                auth.error(res, 405, "MethodNotAllowed",
+                           "The method " + req.method + " is not allowed on this resource.");
             else
-                err::NoSuchOperation(res);
+                auth.error(res, 404, "NotFound", "There is no operation at this path for this method.");
         } else {
             try {
                 std::lock_guard<std::mutex> lock(store_.mutex());
@@ -82,7 +99,7 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
                 }
             } catch (const std::exception&) {
                 res = ApiResponse{};
-                res.error(500, "InternalServerError", "Internal error occurred.");
+                auth.error(res, 500, "InternalServerError", "Internal error occurred.");
             }
         }
         if (fault.action == "truncate") res.transportFault = "truncate";

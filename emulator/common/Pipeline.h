@@ -2,6 +2,9 @@
 // What happens to every request between the socket and a service handler:
 // request id, admin short-cut, fault rules, authentication, routing under the
 // store lock, error bodies for failures, statistics and the request log.
+// Cloud-neutral: each route names its kind of credentials (RouteAuth), and
+// the cloud behind that kind supplies the check and the manner of its error
+// bodies (AuthScheme).
 #include "common/Api.h"
 #include "common/FaultRules.h"
 #include "common/RequestLog.h"
@@ -15,18 +18,35 @@
 
 namespace ocwemu {
 
+struct AuthScheme {
+    // Checks a request's credentials (route already matched, so path
+    // parameters are filled). On refusal it writes the answer into `res`,
+    // sets `reason` (counted in the statistics and logged), returns false.
+    std::function<bool(const ApiRequest&, RouteAuth, ApiResponse&, std::string& reason)> check;
+    // Writes an error answer the way the services behind these credentials
+    // do; used for the answers the pipeline gives itself (faults, unknown
+    // paths, internal errors). `code` is the OCI-style code, which a cloud
+    // without codes leaves out.
+    std::function<void(ApiResponse&, int status, const std::string& code, const std::string& message)> error;
+};
+
 class Pipeline {
 public:
-    // Checks a request's credentials for a route's auth mode. On refusal it
-    // writes the 401 answer into `res`, sets `reason`, and returns false.
-    using Authenticator = std::function<bool(const ApiRequest&, RouteAuth, ApiResponse&, std::string& reason)>;
-    // The region a Host header addresses (the home region when it names none).
-    using RegionResolver = std::function<std::string(const std::string& host)>;
+    // The region a Host header addresses (the home region when it names
+    // none). false with the answer written when the host names a region that
+    // cannot be reached or is not the tenancy's.
+    using RegionResolver = std::function<bool(const ApiRequest&, std::string& region, ApiResponse& res)>;
 
     Pipeline(Router& routes, Router& admin, Store& store, Stats& stats, RequestLog& log, FaultRules& faults,
-             Authenticator auth, RegionResolver region)
-        : routes_(routes), admin_(admin), store_(store), stats_(stats), log_(log), faults_(faults),
-          auth_(std::move(auth)), region_(std::move(region)) {}
+             std::map<RouteAuth, AuthScheme> schemes, RegionResolver region)
+        : routes_(routes),
+          admin_(admin),
+          store_(store),
+          stats_(stats),
+          log_(log),
+          faults_(faults),
+          schemes_(std::move(schemes)),
+          region_(std::move(region)) {}
 
     void handle(ApiRequest& req, ApiResponse& res);
 
@@ -42,7 +62,8 @@ private:
     Stats& stats_;
     RequestLog& log_;
     FaultRules& faults_;
-    Authenticator auth_;
+    const AuthScheme& scheme(RouteAuth auth) const;
+    std::map<RouteAuth, AuthScheme> schemes_;
     RegionResolver region_;
     // A POST repeated with the same opc-retry-token gets the first answer
     // again instead of acting twice. Guarded by the store lock.

@@ -5,8 +5,19 @@
 namespace ocwemu {
 
 static bool MaskValue(JValue& v) {
-    static const char* const kSecret[] = {"adminPassword", "password", "cloudStoragePwd", "administrator_password",
-                                          "ibkupCloudStoragePassword", "chapSecret"};
+    static const char* const kSecret[] = {"adminPassword",
+                                          "password",
+                                          "cloudStoragePwd",
+                                          "cloudStoragePassword",
+                                          "administrator_password",
+                                          "ibkupCloudStoragePassword",
+                                          "ibkupDecryptionKey",
+                                          "chapSecret",
+                                          "mysqlUserPassword",
+                                          "dbaPassword",
+                                          "originalWLSAdminPassword",
+                                          "originalEncryptionPassword",
+                                          "hdgCloudStoragePassword"};
     bool changed = false;
     if (v.is_object()) {
         for (auto& kv : v.as_object()) {
@@ -27,7 +38,7 @@ static bool MaskValue(JValue& v) {
 
 std::string MaskSecrets(const std::string& body) {
     const bool maybeSecret = body.find("ass") != std::string::npos || body.find("Pwd") != std::string::npos ||
-                             body.find("chapSecret") != std::string::npos;
+                             body.find("chapSecret") != std::string::npos || body.find("Key") != std::string::npos;
     if (body.empty() || (body[0] != '{' && body[0] != '[') || !maybeSecret) return body;
     boost::system::error_code ec;
     JValue v = boost::json::parse(body, ec);
@@ -35,7 +46,29 @@ std::string MaskSecrets(const std::string& body) {
     return ToJson(v);
 }
 
+// Session cookies and basic credentials are secrets; an OCI signature is not
+// (it signs one request and is kept for checking what a client signed).
+static void MaskHeader(std::pair<std::string, std::string>& h) {
+    if (h.first == "authorization" && h.second.rfind("Basic ", 0) == 0) {
+        h.second = "Basic *****";
+    } else if (h.first == "cookie" || h.first == "set-cookie") {
+        std::string out;
+        size_t pos = 0;
+        while (pos < h.second.size()) {
+            size_t end = h.second.find(';', pos);
+            if (end == std::string::npos) end = h.second.size();
+            std::string part = h.second.substr(pos, end - pos);
+            const size_t eq = part.find('=');
+            if (eq != std::string::npos) part = part.substr(0, eq + 1) + "*****";
+            out += (pos ? ";" : "") + part;
+            pos = end + 1;
+        }
+        h.second = out;
+    }
+}
+
 void RequestLog::add(LoggedRequest entry) {
+    for (auto& h : entry.headers) MaskHeader(h);
     entry.body = MaskSecrets(entry.body);
     // Large answers are lists without secrets; parsing them would only cost time.
     if (entry.responseBody.size() <= kMaxResponseBody) entry.responseBody = MaskSecrets(entry.responseBody);

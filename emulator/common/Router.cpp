@@ -50,8 +50,26 @@ bool Router::matches(const Route& r, const ApiRequest& req, std::map<std::string
     return true;
 }
 
+void Router::area(const std::string& pathPrefix, RouteAuth auth) { areas_.emplace_back(pathPrefix, auth); }
+
+RouteAuth Router::areaOf(const std::string& rawPath) const {
+    size_t best = 0;
+    RouteAuth auth = fallback_;
+    for (const auto& a : areas_) {
+        const size_t n = a.first.size();
+        // Whole segments only: "/instance" owns "/instance/x", not "/instances".
+        const bool segment = a.first.back() == '/' || rawPath.size() == n || rawPath[n] == '/';
+        if (n > best && rawPath.compare(0, n, a.first) == 0 && segment) {
+            best = n;
+            auth = a.second;
+        }
+    }
+    return auth;
+}
+
 Router::Match Router::find(ApiRequest& req) const {
     Match m;
+    m.auth = areaOf(req.rawPath);
     // HEAD is answered by the GET handler (the server drops the body).
     const std::string method = req.method == "HEAD" ? std::string("GET") : req.method;
     for (const auto& r : routes_) {

@@ -15,9 +15,16 @@ namespace ocwemu {
 
 using Handler = std::function<void(ApiRequest&, ApiResponse&)>;
 
-// OciSignatureUnsignedBody: object uploads, which the SDKs sign without the
-// body headers; None: no credentials at all.
-enum class RouteAuth { OciSignature, OciSignatureUnsignedBody, None };
+// Which credentials a route takes; each cloud registers the authenticator of
+// its kinds with the Pipeline.
+//   OciSignature              OCI request signature (oci/SignatureVerifier.h)
+//   OciSignatureUnsignedBody  the same for object uploads, which the SDKs sign
+//                             without the body headers
+//   ClassicSession            Compute Classic session cookie ("nimbula")
+//   PaasBasic                 basic credentials plus X-ID-TENANT-NAME (Classic PaaS)
+//   Admin                     the emulator's admin interface (loopback clients)
+//   None                      no credentials at all (the Classic login itself)
+enum class RouteAuth { OciSignature, OciSignatureUnsignedBody, ClassicSession, PaasBasic, Admin, None };
 
 class Router {
 public:
@@ -34,6 +41,16 @@ public:
     };
 
     // Fills req.pathParams and req.tail on success.
+    // A path that matches no route is still answered in the manner of the
+    // cloud that owns its area: the longest registered prefix decides which
+    // authenticator refuses it and how its error body looks. Paths outside
+    // every area belong to `fallback`.
+    void area(const std::string& pathPrefix, RouteAuth auth);
+    void setFallback(RouteAuth auth) { fallback_ = auth; }
+    RouteAuth areaOf(const std::string& rawPath) const;
+
+    // Fills req.pathParams and req.tail on success. Without a handler, `auth`
+    // is the area's.
     Match find(ApiRequest& req) const;
 
 private:
@@ -47,6 +64,8 @@ private:
     static bool matches(const Route& r, const ApiRequest& req, std::map<std::string, std::string>& params,
                         std::string& tail);
     std::vector<Route> routes_;
+    std::vector<std::pair<std::string, RouteAuth>> areas_;
+    RouteAuth fallback_ = RouteAuth::OciSignature;
 };
 
 }  // namespace ocwemu

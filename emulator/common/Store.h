@@ -28,11 +28,13 @@ struct StateStep {
     std::string state;
 };
 
-// A resource's answer text as last rendered, with what it was rendered from.
+// A resource's answer text as last rendered, with what it was rendered from
+// (see common/RenderCache.h).
 struct RenderedText {
     std::uint64_t docVersion = 0;
     std::string state;
-    std::string json;  // empty: nothing rendered yet
+    std::string variant;  // what else the text depends on (the host in Classic URIs)
+    std::string json;     // empty: nothing rendered yet
 };
 
 struct Resource {
@@ -45,7 +47,7 @@ struct Resource {
     std::int64_t createdMs = 0;
     std::int64_t goneAtMs = 0;  // from this instant the resource answers 404 (0: never)
     std::uint64_t seq = 0;      // creation order
-    // Filled and read by RenderedJson (oci/OciService.h) under the store lock.
+    // Filled and read by CachedRender (common/RenderCache.h) under the store lock.
     mutable RenderedText rendered;
 };
 

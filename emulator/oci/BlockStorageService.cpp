@@ -1,5 +1,6 @@
 #include "oci/BlockStorageService.h"
 
+#include "oci/OciErrors.h"
 #include "common/Ids.h"
 #include "common/TimeUtil.h"
 
@@ -16,32 +17,45 @@ void BlockStorageService::registerRoutes(Router& r) {
     auto bindB = [this](void (BlockStorageService::*fn)(ApiRequest&, ApiResponse&, bool), bool boot) {
         return [this, fn, boot](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s, boot); };
     };
-    r.add("GET", kV + "/volumes", bind(&BlockStorageService::listVolumes));
+    r.add("GET", kV + "/volumes",
+          listOf({"volume", {"availabilityDomain", "displayName", "volumeGroupId"}}, Compartment::Optional));
     r.add("POST", kV + "/volumes", bind(&BlockStorageService::createVolume));
-    r.add("GET", kV + "/volumes/{volumeId}", bind(&BlockStorageService::getVolume));
-    r.add("PUT", kV + "/volumes/{volumeId}", bind(&BlockStorageService::updateVolume));
-    r.add("DELETE", kV + "/volumes/{volumeId}", bind(&BlockStorageService::deleteVolume));
-    r.add("GET", kV + "/bootVolumes", bind(&BlockStorageService::listBootVolumes));
+    r.add("GET", kV + "/volumes/{volumeId}", getOne("volumeId", "volume"));
+    r.add("PUT", kV + "/volumes/{volumeId}",
+          withResource("volumeId", "volume", bound(&BlockStorageService::updateVolume)));
+    r.add("DELETE", kV + "/volumes/{volumeId}",
+          withResource("volumeId", "volume", bound(&BlockStorageService::deleteAnyVolume)));
+    r.add("GET", kV + "/bootVolumes",
+          listOf({"bootvolume", {"availabilityDomain", "volumeGroupId"}}, Compartment::Optional));
     r.add("POST", kV + "/bootVolumes", bind(&BlockStorageService::createBootVolumeApi));
-    r.add("GET", kV + "/bootVolumes/{bootVolumeId}", bind(&BlockStorageService::getBootVolume));
-    r.add("DELETE", kV + "/bootVolumes/{bootVolumeId}", bind(&BlockStorageService::deleteBootVolume));
-    r.add("GET", kV + "/volumeAttachments", bind(&BlockStorageService::listVolumeAttachments));
+    r.add("GET", kV + "/bootVolumes/{bootVolumeId}", getOne("bootVolumeId", "bootvolume"));
+    r.add("DELETE", kV + "/bootVolumes/{bootVolumeId}",
+          withResource("bootVolumeId", "bootvolume", bound(&BlockStorageService::deleteAnyVolume)));
+    r.add("GET", kV + "/volumeAttachments",
+          listOf({"volumeattachment", {"availabilityDomain", "instanceId", "volumeId"}}));
     r.add("POST", kV + "/volumeAttachments", bind(&BlockStorageService::attachVolume));
-    r.add("GET", kV + "/volumeAttachments/{volumeAttachmentId}", bind(&BlockStorageService::getVolumeAttachment));
-    r.add("DELETE", kV + "/volumeAttachments/{volumeAttachmentId}", bind(&BlockStorageService::detachVolume));
-    r.add("GET", kV + "/bootVolumeAttachments", bind(&BlockStorageService::listBootVolumeAttachments));
+    r.add("GET", kV + "/volumeAttachments/{volumeAttachmentId}", getOne("volumeAttachmentId", "volumeattachment"));
+    r.add("DELETE", kV + "/volumeAttachments/{volumeAttachmentId}",
+          withResource("volumeAttachmentId", "volumeattachment", bound(&BlockStorageService::detachVolume)));
+    r.add("GET", kV + "/bootVolumeAttachments",
+          listOf({"bootvolumeattachment", {"availabilityDomain", "instanceId", "bootVolumeId"}}, Compartment::Required,
+                 {"availabilityDomain"}));
     r.add("POST", kV + "/bootVolumeAttachments", bind(&BlockStorageService::attachBootVolumeApi));
     r.add("GET", kV + "/bootVolumeAttachments/{bootVolumeAttachmentId}",
-          bind(&BlockStorageService::getBootVolumeAttachment));
-    r.add("DELETE", kV + "/bootVolumeAttachments/{bootVolumeAttachmentId}",
-          bind(&BlockStorageService::detachBootVolume));
+          getOne("bootVolumeAttachmentId", "bootvolumeattachment"));
+    r.add(
+        "DELETE", kV + "/bootVolumeAttachments/{bootVolumeAttachmentId}",
+        withResource("bootVolumeAttachmentId", "bootvolumeattachment", bound(&BlockStorageService::detachBootVolume)));
     for (bool boot : {false, true}) {
         const std::string base = kV + (boot ? "/bootVolumeBackups" : "/volumeBackups");
-        const std::string idp = boot ? "/{bootVolumeBackupId}" : "/{volumeBackupId}";
-        r.add("GET", base, bindB(&BlockStorageService::listBackups, boot));
+        const char* idp = boot ? "bootVolumeBackupId" : "volumeBackupId";
+        const char* kind = boot ? "bootvolumebackup" : "volumebackup";
+        r.add("GET", base,
+              listOf({kind, boot ? std::vector<std::string>{"bootVolumeId", "displayName", "sourceBootVolumeBackupId"}
+                                 : std::vector<std::string>{"volumeId", "displayName", "sourceVolumeBackupId"}}));
         r.add("POST", base, bindB(&BlockStorageService::createBackup, boot));
-        r.add("GET", base + idp, bindB(&BlockStorageService::getBackup, boot));
-        r.add("DELETE", base + idp, bindB(&BlockStorageService::deleteBackup, boot));
+        r.add("GET", base + "/{" + idp + "}", getOne(idp, kind));
+        r.add("DELETE", base + "/{" + idp + "}", withResource(idp, kind, bound(&BlockStorageService::deleteBackup)));
     }
 }
 
@@ -200,30 +214,6 @@ Resource& BlockStorageService::seedVolumeBackup(const Resource& volume, const st
 
 // --- volumes and boot volumes ------------------------------------------------
 
-void BlockStorageService::listVolumes(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!optionalCompartment(req, res, c)) return;
-    auto items = listIn(req, "volume", c);
-    filterByParams(req, items, {"availabilityDomain", "displayName", "volumeGroupId"});
-    respondList(req, res, std::move(items));
-}
-
-void BlockStorageService::getVolume(ApiRequest& req, ApiResponse& res) {
-    if (Resource* v = findOr404(req, res, req.path("volumeId"), "volume")) respondOne(res, *v, req.nowMs);
-}
-
-void BlockStorageService::listBootVolumes(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!optionalCompartment(req, res, c)) return;
-    auto items = listIn(req, "bootvolume", c);
-    filterByParams(req, items, {"availabilityDomain", "volumeGroupId"});
-    respondList(req, res, std::move(items));
-}
-
-void BlockStorageService::getBootVolume(ApiRequest& req, ApiResponse& res) {
-    if (Resource* v = findOr404(req, res, req.path("bootVolumeId"), "bootvolume")) respondOne(res, *v, req.nowMs);
-}
-
 void BlockStorageService::createVolume(ApiRequest& req, ApiResponse& res) {
     JObject body;
     if (!parseBody(req, res, body)) return;
@@ -272,19 +262,17 @@ void BlockStorageService::createVolume(ApiRequest& req, ApiResponse& res) {
     respondOne(res, v, req.nowMs);
 }
 
-void BlockStorageService::updateVolume(ApiRequest& req, ApiResponse& res) {
+void BlockStorageService::updateVolume(ApiRequest& req, ApiResponse& res, Resource& v) {
     JObject body;
     if (!parseBody(req, res, body)) return;
-    Resource* v = findOr404(req, res, req.path("volumeId"), "volume");
-    if (!v) return;
-    if (stateOf(*v, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
+    if (stateOf(v, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The volume is not AVAILABLE.");
     if (auto s = JInt(body, "sizeInGBs")) {
-        if (*s < JInt(v->doc, "sizeInGBs").value_or(0)) return err::InvalidParameter(res, "A volume cannot shrink.");
-        v->doc.set("sizeInGBs", *s);
-        v->doc.set("sizeInMBs", *s * 1024);
+        if (*s < JInt(v.doc, "sizeInGBs").value_or(0)) return err::InvalidParameter(res, "A volume cannot shrink.");
+        v.doc.set("sizeInGBs", *s);
+        v.doc.set("sizeInMBs", *s * 1024);
     }
-    CopyMembers(body, v->doc.edit(), {"displayName", "freeformTags", "definedTags", "vpusPerGB"});
-    respondOne(res, *v, req.nowMs);
+    CopyMembers(body, v.doc.edit(), {"displayName", "freeformTags", "definedTags", "vpusPerGB"});
+    respondOne(res, v, req.nowMs);
 }
 
 void BlockStorageService::createBootVolumeApi(ApiRequest& req, ApiResponse& res) {
@@ -317,37 +305,20 @@ void BlockStorageService::createBootVolumeApi(ApiRequest& req, ApiResponse& res)
     respondOne(res, v, req.nowMs);
 }
 
-void BlockStorageService::deleteAnyVolume(ApiRequest& req, ApiResponse& res, bool boot) {
-    Resource* v = findOr404(req, res, req.path(boot ? "bootVolumeId" : "volumeId"), boot ? "bootvolume" : "volume");
-    if (!v) return;
-    const std::string s = stateOf(*v, req.nowMs);
+void BlockStorageService::deleteAnyVolume(ApiRequest& req, ApiResponse& res, Resource& v) {
+    const bool boot = v.kind == "bootvolume";
+    const std::string s = stateOf(v, req.nowMs);
     if (s == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (s == "TERMINATING") return res.noContent(204);
     if (s == "PROVISIONING" || s == "RESTORING")
         return err::IncorrectState(res, "The volume is still being provisioned.");
-    if (boot ? bootVolumeInUse(*v, req.nowMs) : volumeInUse(*v, req.nowMs))
+    if (boot ? bootVolumeInUse(v, req.nowMs) : volumeInUse(v, req.nowMs))
         return err::Conflict(res, "The volume is attached to an instance and cannot be deleted.");
-    store_.schedule(*v, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    store_.schedule(v, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
     res.noContent(204);
 }
 
-void BlockStorageService::deleteVolume(ApiRequest& req, ApiResponse& res) { deleteAnyVolume(req, res, false); }
-void BlockStorageService::deleteBootVolume(ApiRequest& req, ApiResponse& res) { deleteAnyVolume(req, res, true); }
-
 // --- attachments ---------------------------------------------------------------
-
-void BlockStorageService::listVolumeAttachments(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "volumeattachment", c);
-    filterByParams(req, items, {"availabilityDomain", "instanceId", "volumeId"});
-    respondList(req, res, std::move(items));
-}
-
-void BlockStorageService::getVolumeAttachment(ApiRequest& req, ApiResponse& res) {
-    if (Resource* a = findOr404(req, res, req.path("volumeAttachmentId"), "volumeattachment"))
-        respondOne(res, *a, req.nowMs);
-}
 
 void BlockStorageService::attachVolume(ApiRequest& req, ApiResponse& res) {
     JObject body;
@@ -381,29 +352,14 @@ void BlockStorageService::attachVolume(ApiRequest& req, ApiResponse& res) {
     setWorkRequest(res, req.region);
 }
 
-void BlockStorageService::detachVolume(ApiRequest& req, ApiResponse& res) {
-    Resource* a = findOr404(req, res, req.path("volumeAttachmentId"), "volumeattachment");
-    if (!a) return;
-    const std::string s = stateOf(*a, req.nowMs);
+void BlockStorageService::detachVolume(ApiRequest& req, ApiResponse& res, Resource& a) {
+    const std::string s = stateOf(a, req.nowMs);
     if (s == "DETACHED") return err::NotAuthorizedOrNotFound(res);
     if (s == "DETACHING") return res.noContent(204);
     if (s == "ATTACHING") return err::IncorrectState(res, "The volume is still attaching.");
-    store_.schedule(*a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+    store_.schedule(a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
     res.noContent(204);
     setWorkRequest(res, req.region);
-}
-
-void BlockStorageService::listBootVolumeAttachments(ApiRequest& req, ApiResponse& res) {
-    std::string ad, c;
-    if (!requireParam(req, res, "availabilityDomain", ad) || !requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "bootvolumeattachment", c);
-    filterByParams(req, items, {"availabilityDomain", "instanceId", "bootVolumeId"});
-    respondList(req, res, std::move(items));
-}
-
-void BlockStorageService::getBootVolumeAttachment(ApiRequest& req, ApiResponse& res) {
-    if (Resource* a = findOr404(req, res, req.path("bootVolumeAttachmentId"), "bootvolumeattachment"))
-        respondOne(res, *a, req.nowMs);
 }
 
 void BlockStorageService::attachBootVolumeApi(ApiRequest& req, ApiResponse& res) {
@@ -427,37 +383,18 @@ void BlockStorageService::attachBootVolumeApi(ApiRequest& req, ApiResponse& res)
     respondOne(res, a, req.nowMs);
 }
 
-void BlockStorageService::detachBootVolume(ApiRequest& req, ApiResponse& res) {
-    Resource* a = findOr404(req, res, req.path("bootVolumeAttachmentId"), "bootvolumeattachment");
-    if (!a) return;
-    const std::string s = stateOf(*a, req.nowMs);
+void BlockStorageService::detachBootVolume(ApiRequest& req, ApiResponse& res, Resource& a) {
+    const std::string s = stateOf(a, req.nowMs);
     if (s == "DETACHED") return err::NotAuthorizedOrNotFound(res);
     if (s == "DETACHING") return res.noContent(204);
-    Resource* inst = store_.get(JStr(a->doc, "instanceId"), req.nowMs, "instance");
+    Resource* inst = store_.get(JStr(a.doc, "instanceId"), req.nowMs, "instance");
     if (inst && stateOf(*inst, req.nowMs) != "STOPPED" && stateOf(*inst, req.nowMs) != "TERMINATED")
         return err::IncorrectState(res, "The instance must be STOPPED to detach its boot volume.");
-    store_.schedule(*a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+    store_.schedule(a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
     res.noContent(204);
 }
 
 // --- backups -------------------------------------------------------------------
-
-void BlockStorageService::listBackups(ApiRequest& req, ApiResponse& res, bool boot) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, boot ? "bootvolumebackup" : "volumebackup", c);
-    if (boot)
-        filterByParams(req, items, {"bootVolumeId", "displayName", "sourceBootVolumeBackupId"});
-    else
-        filterByParams(req, items, {"volumeId", "displayName", "sourceVolumeBackupId"});
-    respondList(req, res, std::move(items));
-}
-
-void BlockStorageService::getBackup(ApiRequest& req, ApiResponse& res, bool boot) {
-    Resource* b = findOr404(req, res, req.path(boot ? "bootVolumeBackupId" : "volumeBackupId"),
-                            boot ? "bootvolumebackup" : "volumebackup");
-    if (b) respondOne(res, *b, req.nowMs);
-}
 
 void BlockStorageService::createBackup(ApiRequest& req, ApiResponse& res, bool boot) {
     JObject body;
@@ -479,15 +416,12 @@ void BlockStorageService::createBackup(ApiRequest& req, ApiResponse& res, bool b
     respondOne(res, b, req.nowMs);
 }
 
-void BlockStorageService::deleteBackup(ApiRequest& req, ApiResponse& res, bool boot) {
-    Resource* b = findOr404(req, res, req.path(boot ? "bootVolumeBackupId" : "volumeBackupId"),
-                            boot ? "bootvolumebackup" : "volumebackup");
-    if (!b) return;
-    const std::string s = stateOf(*b, req.nowMs);
+void BlockStorageService::deleteBackup(ApiRequest& req, ApiResponse& res, Resource& b) {
+    const std::string s = stateOf(b, req.nowMs);
     if (s == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (s == "TERMINATING") return res.noContent(204);
     if (s != "AVAILABLE" && s != "FAULTY") return err::IncorrectState(res, "The backup is still being created.");
-    store_.schedule(*b, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    store_.schedule(b, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
     res.noContent(204);
 }
 

@@ -29,29 +29,17 @@ public:
     Resource& seedVolumeBackup(const Resource& volume, const std::string& name, std::int64_t nowMs);
 
 private:
-    void listVolumes(ApiRequest& req, ApiResponse& res);
-    void getVolume(ApiRequest& req, ApiResponse& res);
     void createVolume(ApiRequest& req, ApiResponse& res);
-    void updateVolume(ApiRequest& req, ApiResponse& res);
-    void deleteVolume(ApiRequest& req, ApiResponse& res);
-    void listBootVolumes(ApiRequest& req, ApiResponse& res);
-    void getBootVolume(ApiRequest& req, ApiResponse& res);
+    void updateVolume(ApiRequest& req, ApiResponse& res, Resource& r);
     void createBootVolumeApi(ApiRequest& req, ApiResponse& res);
-    void deleteBootVolume(ApiRequest& req, ApiResponse& res);
-    void listVolumeAttachments(ApiRequest& req, ApiResponse& res);
-    void getVolumeAttachment(ApiRequest& req, ApiResponse& res);
     void attachVolume(ApiRequest& req, ApiResponse& res);
-    void detachVolume(ApiRequest& req, ApiResponse& res);
-    void listBootVolumeAttachments(ApiRequest& req, ApiResponse& res);
-    void getBootVolumeAttachment(ApiRequest& req, ApiResponse& res);
+    void detachVolume(ApiRequest& req, ApiResponse& res, Resource& r);
     void attachBootVolumeApi(ApiRequest& req, ApiResponse& res);
-    void detachBootVolume(ApiRequest& req, ApiResponse& res);
-    void listBackups(ApiRequest& req, ApiResponse& res, bool boot);
-    void getBackup(ApiRequest& req, ApiResponse& res, bool boot);
+    void detachBootVolume(ApiRequest& req, ApiResponse& res, Resource& r);
     void createBackup(ApiRequest& req, ApiResponse& res, bool boot);
-    void deleteBackup(ApiRequest& req, ApiResponse& res, bool boot);
+    void deleteBackup(ApiRequest& req, ApiResponse& res, Resource& b);
 
-    void deleteAnyVolume(ApiRequest& req, ApiResponse& res, bool boot);
+    void deleteAnyVolume(ApiRequest& req, ApiResponse& res, Resource& v);
     Resource& makeVolume(bool boot, const std::string& compartmentId, const std::string& region,
                          const std::string& ad, const std::string& name, std::int64_t sizeInGBs,
                          std::int64_t nowMs, const std::vector<std::pair<std::string, std::int64_t>>& steps);

@@ -1,7 +1,8 @@
 #include "oci/ComputeService.h"
 
+#include "oci/OciErrors.h"
 #include "common/Ids.h"
-#include "common/Paging.h"
+#include "oci/Paging.h"
 #include "oci/Shapes.h"
 
 #include <algorithm>
@@ -16,13 +17,18 @@ void ComputeService::registerRoutes(Router& r) {
     auto bind = [this](void (ComputeService::*fn)(ApiRequest&, ApiResponse&)) {
         return [this, fn](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s); };
     };
-    r.add("GET", kV + "/instances", bind(&ComputeService::listInstances));
+    r.add("GET", kV + "/instances",
+          listOf({"instance", {"availabilityDomain", "displayName", "capacityReservationId"}}));
     r.add("POST", kV + "/instances", bind(&ComputeService::launchInstance));
-    r.add("GET", kV + "/instances/{instanceId}", bind(&ComputeService::getInstance));
-    r.add("PUT", kV + "/instances/{instanceId}", bind(&ComputeService::updateInstance));
-    r.add("POST", kV + "/instances/{instanceId}", bind(&ComputeService::instanceAction));
-    r.add("DELETE", kV + "/instances/{instanceId}", bind(&ComputeService::terminateInstance));
-    r.add("GET", kV + "/instances/{instanceId}/initialCredentials", bind(&ComputeService::initialCredentials));
+    r.add("GET", kV + "/instances/{instanceId}", getOne("instanceId", "instance"));
+    r.add("PUT", kV + "/instances/{instanceId}",
+          withResource("instanceId", "instance", bound(&ComputeService::updateInstance)));
+    r.add("POST", kV + "/instances/{instanceId}",
+          withResource("instanceId", "instance", bound(&ComputeService::instanceAction)));
+    r.add("DELETE", kV + "/instances/{instanceId}",
+          withResource("instanceId", "instance", bound(&ComputeService::terminateInstance)));
+    r.add("GET", kV + "/instances/{instanceId}/initialCredentials",
+          withResource("instanceId", "instance", bound(&ComputeService::initialCredentials)));
     r.add("GET", kV + "/shapes", bind(&ComputeService::listShapes));
 }
 
@@ -168,18 +174,6 @@ Resource& ComputeService::seedInstance(const std::string& compartmentId, const s
     return *r;
 }
 
-void ComputeService::listInstances(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "instance", c);
-    filterByParams(req, items, {"availabilityDomain", "displayName", "capacityReservationId"});
-    respondList(req, res, std::move(items));
-}
-
-void ComputeService::getInstance(ApiRequest& req, ApiResponse& res) {
-    if (Resource* i = findOr404(req, res, req.path("instanceId"), "instance")) respondOne(res, *i, req.nowMs);
-}
-
 void ComputeService::launchInstance(ApiRequest& req, ApiResponse& res) {
     JObject body;
     if (!parseBody(req, res, body)) return;
@@ -189,70 +183,63 @@ void ComputeService::launchInstance(ApiRequest& req, ApiResponse& res) {
     setWorkRequest(res, req.region);
 }
 
-void ComputeService::updateInstance(ApiRequest& req, ApiResponse& res) {
+void ComputeService::updateInstance(ApiRequest& req, ApiResponse& res, Resource& inst) {
     JObject body;
     if (!parseBody(req, res, body)) return;
-    Resource* inst = findOr404(req, res, req.path("instanceId"), "instance");
-    if (!inst) return;
-    const std::string s = stateOf(*inst, req.nowMs);
+    const std::string s = stateOf(inst, req.nowMs);
     if (s == "TERMINATING" || s == "TERMINATED") return err::IncorrectState(res, "The instance is " + s + ".");
-    CopyMembers(body, inst->doc.edit(), {"displayName", "metadata", "extendedMetadata", "freeformTags", "definedTags",
-                                  "agentConfig", "faultDomain"});
-    respondOne(res, *inst, req.nowMs);
+    CopyMembers(
+        body, inst.doc.edit(),
+        {"displayName", "metadata", "extendedMetadata", "freeformTags", "definedTags", "agentConfig", "faultDomain"});
+    respondOne(res, inst, req.nowMs);
 }
 
-void ComputeService::instanceAction(ApiRequest& req, ApiResponse& res) {
+void ComputeService::instanceAction(ApiRequest& req, ApiResponse& res, Resource& inst) {
     JObject body;
     if (!parseBody(req, res, body)) return;
     std::string action;
     if (!requireParam(req, res, "action", action)) return;
     std::transform(action.begin(), action.end(), action.begin(), [](unsigned char ch) { return std::toupper(ch); });
-    Resource* inst = findOr404(req, res, req.path("instanceId"), "instance");
-    if (!inst) return;
-    const std::string s = stateOf(*inst, req.nowMs);
+    const std::string s = stateOf(inst, req.nowMs);
     auto incorrect = [&] { err::IncorrectState(res, "Instance is in " + s + " state; cannot " + action + "."); };
     const std::int64_t now = req.nowMs;
     if (action == "START") {
         if (s == "STOPPED")
-            store_.schedule(*inst, now, {{"STARTING", 0}, {"RUNNING", P()}});
+            store_.schedule(inst, now, {{"STARTING", 0}, {"RUNNING", P()}});
         else if (s != "RUNNING" && s != "STARTING")
             return incorrect();
     } else if (action == "STOP" || action == "SOFTSTOP") {
         if (s == "RUNNING")
-            store_.schedule(*inst, now, {{"STOPPING", 0}, {"STOPPED", P()}});
+            store_.schedule(inst, now, {{"STOPPING", 0}, {"STOPPED", P()}});
         else if (s != "STOPPED" && s != "STOPPING")
             return incorrect();
     } else if (action == "RESET" || action == "SOFTRESET" || action == "DIAGNOSTICREBOOT" ||
                action == "REBOOTMIGRATE") {
         if (s != "RUNNING") return incorrect();
-        store_.schedule(*inst, now, {{"STOPPING", 0}, {"STARTING", P() / 2}, {"RUNNING", P()}});
+        store_.schedule(inst, now, {{"STOPPING", 0}, {"STARTING", P() / 2}, {"RUNNING", P()}});
     } else if (action == "SENDDIAGNOSTICINTERRUPT") {
         if (s != "RUNNING") return incorrect();
     } else {
         return err::InvalidParameter(res, "Invalid action: " + req.param("action"));
     }
-    respondOne(res, *inst, now);
+    respondOne(res, inst, now);
     setWorkRequest(res, req.region);
 }
 
-void ComputeService::terminateInstance(ApiRequest& req, ApiResponse& res) {
-    Resource* inst = findOr404(req, res, req.path("instanceId"), "instance");
-    if (!inst) return;
-    const std::string s = stateOf(*inst, req.nowMs);
+void ComputeService::terminateInstance(ApiRequest& req, ApiResponse& res, Resource& inst) {
+    const std::string s = stateOf(inst, req.nowMs);
     if (s == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (s != "TERMINATING") {
-        store_.schedule(*inst, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
-        storage_.releaseInstance(*inst, req.param("preserveBootVolume") == "true", req.nowMs);
-        network_.detachAll(*inst, req.nowMs);
+        store_.schedule(inst, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+        storage_.releaseInstance(inst, req.param("preserveBootVolume") == "true", req.nowMs);
+        network_.detachAll(inst, req.nowMs);
     }
     res.noContent(204);
     setWorkRequest(res, req.region);
 }
 
-void ComputeService::initialCredentials(ApiRequest& req, ApiResponse& res) {
-    Resource* inst = findOr404(req, res, req.path("instanceId"), "instance");
-    if (!inst) return;
-    const std::string password = JStr(inst->doc, "_password");
+void ComputeService::initialCredentials(ApiRequest& req, ApiResponse& res, Resource& inst) {
+    const std::string password = JStr(inst.doc, "_password");
     if (password.empty()) return err::NotAuthorizedOrNotFound(res);
     res.json(200, JObject{{"username", "opc"}, {"password", password}});
 }

@@ -20,13 +20,11 @@ public:
                            std::int64_t nowMs);
 
 private:
-    void listInstances(ApiRequest& req, ApiResponse& res);
-    void getInstance(ApiRequest& req, ApiResponse& res);
     void launchInstance(ApiRequest& req, ApiResponse& res);
-    void updateInstance(ApiRequest& req, ApiResponse& res);
-    void instanceAction(ApiRequest& req, ApiResponse& res);
-    void terminateInstance(ApiRequest& req, ApiResponse& res);
-    void initialCredentials(ApiRequest& req, ApiResponse& res);
+    void updateInstance(ApiRequest& req, ApiResponse& res, Resource& r);
+    void instanceAction(ApiRequest& req, ApiResponse& res, Resource& r);
+    void terminateInstance(ApiRequest& req, ApiResponse& res, Resource& r);
+    void initialCredentials(ApiRequest& req, ApiResponse& res, Resource& r);
     void listShapes(ApiRequest& req, ApiResponse& res);
 
     // Builds and stores the instance and everything a launch creates. On a

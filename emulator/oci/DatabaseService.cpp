@@ -1,5 +1,6 @@
 #include "oci/DatabaseService.h"
 
+#include "oci/OciErrors.h"
 #include "common/Ids.h"
 #include "common/TimeUtil.h"
 
@@ -8,6 +9,26 @@
 
 namespace ocwemu {
 
+// "systemId" names the database's system; "dbName" matches without regard to case.
+static void KeepDatabasesOfSystemAndName(const ApiRequest& req, std::vector<Resource*>& items) {
+    if (req.hasParam("systemId")) {
+        const std::string sys = req.param("systemId");
+        items.erase(
+            std::remove_if(items.begin(), items.end(), [&](Resource* r) { return JStr(r->doc, "dbSystemId") != sys; }),
+            items.end());
+    }
+    if (req.hasParam("dbName")) {
+        auto lower = [](std::string s) {
+            for (auto& ch : s) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
+            return s;
+        };
+        const std::string want = lower(req.param("dbName"));
+        items.erase(std::remove_if(items.begin(), items.end(),
+                                   [&](Resource* r) { return lower(JStr(r->doc, "dbName")) != want; }),
+                    items.end());
+    }
+}
+
 void DatabaseService::registerRoutes(Router& r) {
     auto bind = [this](void (DatabaseService::*fn)(ApiRequest&, ApiResponse&)) {
         return [this, fn](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s); };
@@ -15,22 +36,30 @@ void DatabaseService::registerRoutes(Router& r) {
     // Only the versioned paths: the service answers "/dbNodes" and
     // "/dbSystems/{id}" without "/20160918" as unknown paths.
     const std::string v = "/20160918";
-    r.add("GET", v + "/dbSystems", bind(&DatabaseService::listDbSystems));
+    r.add("GET", v + "/dbSystems", listOf({"dbsystem", {"availabilityDomain", "displayName"}}));
     r.add("POST", v + "/dbSystems", bind(&DatabaseService::launchDbSystem));
-    r.add("GET", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::getDbSystem));
-    r.add("DELETE", v + "/dbSystems/{dbSystemId}", bind(&DatabaseService::terminateDbSystem));
-    r.add("GET", v + "/dbHomes", bind(&DatabaseService::listDbHomes));
-    r.add("GET", v + "/dbHomes/{dbHomeId}", bind(&DatabaseService::getDbHome));
-    r.add("GET", v + "/databases", bind(&DatabaseService::listDatabases));
-    r.add("GET", v + "/databases/{databaseId}", bind(&DatabaseService::getDatabase));
-    r.add("POST", v + "/databases/{databaseId}/actions/restore", bind(&DatabaseService::restoreDatabase));
-    r.add("GET", v + "/backups", bind(&DatabaseService::listBackups));
+    r.add("GET", v + "/dbSystems/{dbSystemId}", getOne("dbSystemId", "dbsystem"));
+    r.add("DELETE", v + "/dbSystems/{dbSystemId}",
+          withResource("dbSystemId", "dbsystem", bound(&DatabaseService::terminateDbSystem)));
+    r.add("GET", v + "/dbHomes", listOf({"dbhome", {"dbSystemId", "displayName", "dbVersion"}}));
+    r.add("GET", v + "/dbHomes/{dbHomeId}", getOne("dbHomeId", "dbhome"));
+    r.add("GET", v + "/databases", listOf({"database", {"dbHomeId"}, KeepDatabasesOfSystemAndName}));
+    r.add("GET", v + "/databases/{databaseId}", getOne("databaseId", "database"));
+    r.add("POST", v + "/databases/{databaseId}/actions/restore",
+          withResource("databaseId", "database", bound(&DatabaseService::restoreDatabase)));
+    r.add("GET", v + "/backups",
+          [list = listOf({"dbbackup", {"databaseId", "type"}}, Compartment::Optional)](ApiRequest& q, ApiResponse& s) {
+              if (q.param("databaseId").empty() && q.param("compartmentId").empty())
+                  return err::MissingParameter(s, "databaseId or compartmentId");
+              list(q, s);
+          });
     r.add("POST", v + "/backups", bind(&DatabaseService::createBackup));
-    r.add("GET", v + "/backups/{backupId}", bind(&DatabaseService::getBackup));
-    r.add("DELETE", v + "/backups/{backupId}", bind(&DatabaseService::deleteBackup));
-    r.add("GET", v + "/dbNodes", bind(&DatabaseService::listDbNodes));
-    r.add("GET", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::getDbNode));
-    r.add("POST", v + "/dbNodes/{dbNodeId}", bind(&DatabaseService::dbNodeAction));
+    r.add("GET", v + "/backups/{backupId}", getOne("backupId", "dbbackup"));
+    r.add("DELETE", v + "/backups/{backupId}",
+          withResource("backupId", "dbbackup", bound(&DatabaseService::deleteBackup)));
+    r.add("GET", v + "/dbNodes", listOf({"dbnode", {"dbSystemId"}}));
+    r.add("GET", v + "/dbNodes/{dbNodeId}", getOne("dbNodeId", "dbnode"));
+    r.add("POST", v + "/dbNodes/{dbNodeId}", withResource("dbNodeId", "dbnode", bound(&DatabaseService::dbNodeAction)));
 }
 
 static bool ValidEdition(const std::string& e) {
@@ -190,18 +219,6 @@ Resource& DatabaseService::seedBackup(const Resource& database, const std::strin
     return makeBackup(database, name, {{"ACTIVE", 0}}, nowMs);
 }
 
-void DatabaseService::listDbSystems(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "dbsystem", c);
-    filterByParams(req, items, {"availabilityDomain", "displayName"});
-    respondList(req, res, std::move(items));
-}
-
-void DatabaseService::getDbSystem(ApiRequest& req, ApiResponse& res) {
-    if (Resource* s = findOr404(req, res, req.path("dbSystemId"), "dbsystem")) respondOne(res, *s, req.nowMs);
-}
-
 void DatabaseService::launchDbSystem(ApiRequest& req, ApiResponse& res) {
     JObject body;
     if (!parseBody(req, res, body)) return;
@@ -211,88 +228,30 @@ void DatabaseService::launchDbSystem(ApiRequest& req, ApiResponse& res) {
     setWorkRequest(res, req.region);
 }
 
-void DatabaseService::terminateDbSystem(ApiRequest& req, ApiResponse& res) {
-    Resource* s = findOr404(req, res, req.path("dbSystemId"), "dbsystem");
-    if (!s) return;
-    const std::string st = stateOf(*s, req.nowMs);
+void DatabaseService::terminateDbSystem(ApiRequest& req, ApiResponse& res, Resource& s) {
+    const std::string st = stateOf(s, req.nowMs);
     if (st == "TERMINATED") return err::NotAuthorizedOrNotFound(res);
     if (st == "TERMINATING") return res.noContent(204);
     const std::vector<std::pair<std::string, std::int64_t>> steps{{"TERMINATING", 0}, {"TERMINATED", P()}};
-    store_.schedule(*s, req.nowMs, steps, world_.retentionMs);
+    store_.schedule(s, req.nowMs, steps, world_.retentionMs);
     for (const char* kind : {"dbhome", "database", "dbnode"})
-        for (Resource* r : listIn(req, kind, s->compartmentId))
-            if (JStr(r->doc, "dbSystemId") == s->id) store_.schedule(*r, req.nowMs, steps, world_.retentionMs);
+        for (Resource* r : listIn(req, kind, s.compartmentId))
+            if (JStr(r->doc, "dbSystemId") == s.id) store_.schedule(*r, req.nowMs, steps, world_.retentionMs);
     res.noContent(204);
     setWorkRequest(res, req.region);
 }
 
-void DatabaseService::listDbHomes(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "dbhome", c);
-    filterByParams(req, items, {"dbSystemId", "displayName", "dbVersion"});
-    respondList(req, res, std::move(items));
-}
-
-void DatabaseService::getDbHome(ApiRequest& req, ApiResponse& res) {
-    if (Resource* h = findOr404(req, res, req.path("dbHomeId"), "dbhome")) respondOne(res, *h, req.nowMs);
-}
-
-void DatabaseService::listDatabases(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "database", c);
-    filterByParams(req, items, {"dbHomeId"});
-    if (req.hasParam("systemId")) {
-        const std::string sys = req.param("systemId");
-        items.erase(std::remove_if(items.begin(), items.end(),
-                                   [&](Resource* r) { return JStr(r->doc, "dbSystemId") != sys; }),
-                    items.end());
-    }
-    if (req.hasParam("dbName")) {
-        auto lower = [](std::string s) {
-            for (auto& ch : s) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-            return s;
-        };
-        const std::string want = lower(req.param("dbName"));
-        items.erase(std::remove_if(items.begin(), items.end(),
-                                   [&](Resource* r) { return lower(JStr(r->doc, "dbName")) != want; }),
-                    items.end());
-    }
-    respondList(req, res, std::move(items));
-}
-
-void DatabaseService::getDatabase(ApiRequest& req, ApiResponse& res) {
-    if (Resource* d = findOr404(req, res, req.path("databaseId"), "database")) respondOne(res, *d, req.nowMs);
-}
-
-void DatabaseService::restoreDatabase(ApiRequest& req, ApiResponse& res) {
+void DatabaseService::restoreDatabase(ApiRequest& req, ApiResponse& res, Resource& d) {
     JObject body;
     if (!parseBody(req, res, body)) return;
-    Resource* d = findOr404(req, res, req.path("databaseId"), "database");
-    if (!d) return;
     const int given = (JBool(body, "latest").value_or(false) ? 1 : 0) + (JHas(body, "databaseSCN") ? 1 : 0) +
                       (JHas(body, "timestamp") ? 1 : 0);
     if (given != 1)
         return err::InvalidParameter(res, "Exactly one of latest, databaseSCN and timestamp must be given.");
-    if (stateOf(*d, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The database is not AVAILABLE.");
-    store_.schedule(*d, req.nowMs, {{"UPDATING", 0}, {"AVAILABLE", P()}});
-    respondOne(res, *d, req.nowMs);
+    if (stateOf(d, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The database is not AVAILABLE.");
+    store_.schedule(d, req.nowMs, {{"UPDATING", 0}, {"AVAILABLE", P()}});
+    respondOne(res, d, req.nowMs);
     setWorkRequest(res, req.region);
-}
-
-void DatabaseService::listBackups(ApiRequest& req, ApiResponse& res) {
-    if (req.param("databaseId").empty() && req.param("compartmentId").empty())
-        return err::MissingParameter(res, "databaseId or compartmentId");
-    std::string c;
-    if (!optionalCompartment(req, res, c)) return;
-    auto items = listIn(req, "dbbackup", c);
-    filterByParams(req, items, {"databaseId", "type"});
-    respondList(req, res, std::move(items));
-}
-
-void DatabaseService::getBackup(ApiRequest& req, ApiResponse& res) {
-    if (Resource* b = findOr404(req, res, req.path("backupId"), "dbbackup")) respondOne(res, *b, req.nowMs);
 }
 
 void DatabaseService::createBackup(ApiRequest& req, ApiResponse& res) {
@@ -312,50 +271,34 @@ void DatabaseService::createBackup(ApiRequest& req, ApiResponse& res) {
     setWorkRequest(res, req.region);
 }
 
-void DatabaseService::deleteBackup(ApiRequest& req, ApiResponse& res) {
-    Resource* b = findOr404(req, res, req.path("backupId"), "dbbackup");
-    if (!b) return;
-    const std::string s = stateOf(*b, req.nowMs);
+void DatabaseService::deleteBackup(ApiRequest& req, ApiResponse& res, Resource& b) {
+    const std::string s = stateOf(b, req.nowMs);
     if (s == "DELETED") return err::NotAuthorizedOrNotFound(res);
     if (s == "DELETING") return res.noContent(204);
     if (s != "ACTIVE" && s != "FAILED") return err::IncorrectState(res, "The backup is " + s + ".");
-    store_.schedule(*b, req.nowMs, {{"DELETING", 0}, {"DELETED", P()}}, world_.retentionMs);
+    store_.schedule(b, req.nowMs, {{"DELETING", 0}, {"DELETED", P()}}, world_.retentionMs);
     res.noContent(204);
     setWorkRequest(res, req.region);
 }
 
-void DatabaseService::listDbNodes(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "dbnode", c);
-    filterByParams(req, items, {"dbSystemId"});
-    respondList(req, res, std::move(items));
-}
-
-void DatabaseService::getDbNode(ApiRequest& req, ApiResponse& res) {
-    if (Resource* n = findOr404(req, res, req.path("dbNodeId"), "dbnode")) respondOne(res, *n, req.nowMs);
-}
-
-void DatabaseService::dbNodeAction(ApiRequest& req, ApiResponse& res) {
+void DatabaseService::dbNodeAction(ApiRequest& req, ApiResponse& res, Resource& n) {
     std::string action;
     if (!requireParam(req, res, "action", action)) return;
     std::transform(action.begin(), action.end(), action.begin(), [](unsigned char ch) { return std::toupper(ch); });
-    Resource* n = findOr404(req, res, req.path("dbNodeId"), "dbnode");
-    if (!n) return;
-    const std::string s = stateOf(*n, req.nowMs);
+    const std::string s = stateOf(n, req.nowMs);
     if (action == "STOP") {
         if (s != "AVAILABLE") return err::IncorrectState(res, "The node is " + s + ".");
-        store_.schedule(*n, req.nowMs, {{"STOPPING", 0}, {"STOPPED", P()}});
+        store_.schedule(n, req.nowMs, {{"STOPPING", 0}, {"STOPPED", P()}});
     } else if (action == "START") {
         if (s != "STOPPED") return err::IncorrectState(res, "The node is " + s + ".");
-        store_.schedule(*n, req.nowMs, {{"STARTING", 0}, {"AVAILABLE", P()}});
+        store_.schedule(n, req.nowMs, {{"STARTING", 0}, {"AVAILABLE", P()}});
     } else if (action == "RESET" || action == "SOFTRESET") {
         if (s != "AVAILABLE") return err::IncorrectState(res, "The node is " + s + ".");
-        store_.schedule(*n, req.nowMs, {{"STOPPING", 0}, {"STARTING", P() / 2}, {"AVAILABLE", P()}});
+        store_.schedule(n, req.nowMs, {{"STOPPING", 0}, {"STARTING", P() / 2}, {"AVAILABLE", P()}});
     } else {
         return err::InvalidParameter(res, "Invalid action: " + req.param("action"));
     }
-    respondOne(res, *n, req.nowMs);
+    respondOne(res, n, req.nowMs);
     setWorkRequest(res, req.region);
 }
 

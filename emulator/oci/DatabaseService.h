@@ -17,22 +17,12 @@ public:
     Resource& seedBackup(const Resource& database, const std::string& name, std::int64_t nowMs);
 
 private:
-    void listDbSystems(ApiRequest& req, ApiResponse& res);
-    void getDbSystem(ApiRequest& req, ApiResponse& res);
     void launchDbSystem(ApiRequest& req, ApiResponse& res);
-    void terminateDbSystem(ApiRequest& req, ApiResponse& res);
-    void listDbHomes(ApiRequest& req, ApiResponse& res);
-    void getDbHome(ApiRequest& req, ApiResponse& res);
-    void listDatabases(ApiRequest& req, ApiResponse& res);
-    void getDatabase(ApiRequest& req, ApiResponse& res);
-    void restoreDatabase(ApiRequest& req, ApiResponse& res);
-    void listBackups(ApiRequest& req, ApiResponse& res);
-    void getBackup(ApiRequest& req, ApiResponse& res);
+    void terminateDbSystem(ApiRequest& req, ApiResponse& res, Resource& r);
+    void restoreDatabase(ApiRequest& req, ApiResponse& res, Resource& r);
     void createBackup(ApiRequest& req, ApiResponse& res);
-    void deleteBackup(ApiRequest& req, ApiResponse& res);
-    void listDbNodes(ApiRequest& req, ApiResponse& res);
-    void getDbNode(ApiRequest& req, ApiResponse& res);
-    void dbNodeAction(ApiRequest& req, ApiResponse& res);
+    void deleteBackup(ApiRequest& req, ApiResponse& res, Resource& r);
+    void dbNodeAction(ApiRequest& req, ApiResponse& res, Resource& r);
 
     // Validates a launch body and creates the system and its parts; on a
     // validation failure writes the answer and returns null.

@@ -1,5 +1,6 @@
 #include "oci/IdentityService.h"
 
+#include "oci/OciErrors.h"
 #include "common/TimeUtil.h"
 
 #include <algorithm>
@@ -20,8 +21,10 @@ void IdentityService::registerRoutes(Router& r) {
     r.add("GET", std::string(kV) + "/compartments", bind(&IdentityService::listCompartments));
     r.add("POST", std::string(kV) + "/compartments", bind(&IdentityService::createCompartment));
     r.add("GET", std::string(kV) + "/compartments/{compartmentId}", bind(&IdentityService::getCompartment));
-    r.add("PUT", std::string(kV) + "/compartments/{compartmentId}", bind(&IdentityService::updateCompartment));
-    r.add("DELETE", std::string(kV) + "/compartments/{compartmentId}", bind(&IdentityService::deleteCompartment));
+    r.add("PUT", std::string(kV) + "/compartments/{compartmentId}",
+          withResource("compartmentId", "compartment", bound(&IdentityService::updateCompartment)));
+    r.add("DELETE", std::string(kV) + "/compartments/{compartmentId}",
+          withResource("compartmentId", "compartment", bound(&IdentityService::deleteCompartment)));
     r.add("GET", std::string(kV) + "/users/{userId}", bind(&IdentityService::getUser));
 }
 
@@ -91,12 +94,7 @@ void IdentityService::listCompartments(ApiRequest& req, ApiResponse& res) {
     if (subtree && parent != world_.tenancyId)
         return err::InvalidParameter(res, "compartmentIdInSubtree is only valid on the root compartment");
     std::vector<Resource*> items = store_.list("compartment", subtree ? std::string() : parent, req.nowMs);
-    if (req.hasParam("name")) {
-        const std::string name = req.param("name");
-        items.erase(std::remove_if(items.begin(), items.end(),
-                                   [&](Resource* c) { return JStr(c->doc, "name") != name; }),
-                    items.end());
-    }
+    KeepMatching(req, items, {"name"});
     respondList(req, res, std::move(items));
 }
 
@@ -115,8 +113,10 @@ JObject IdentityService::rootCompartment() const {
 void IdentityService::getCompartment(ApiRequest& req, ApiResponse& res) {
     const std::string& id = req.path("compartmentId");
     if (id == world_.tenancyId) return res.json(200, rootCompartment());
-    Resource* c = findOr404(req, res, id, "compartment");
-    if (c) respondOne(res, *c, req.nowMs);
+    if (Resource* c = find(req, id, "compartment"))
+        respondOne(res, *c, req.nowMs);
+    else
+        err::NotAuthorizedOrNotFound(res);
 }
 
 void IdentityService::createCompartment(ApiRequest& req, ApiResponse& res) {
@@ -143,25 +143,21 @@ void IdentityService::createCompartment(ApiRequest& req, ApiResponse& res) {
     respondOne(res, added, req.nowMs);
 }
 
-void IdentityService::updateCompartment(ApiRequest& req, ApiResponse& res) {
+void IdentityService::updateCompartment(ApiRequest& req, ApiResponse& res, Resource& c) {
     JObject body;
     if (!parseBody(req, res, body)) return;
-    Resource* c = findOr404(req, res, req.path("compartmentId"), "compartment");
-    if (!c) return;
-    if (stateOf(*c, req.nowMs) != "ACTIVE") return err::IncorrectState(res, "The compartment is not ACTIVE.");
-    CopyMembers(body, c->doc.edit(), {"name", "description", "freeformTags", "definedTags"});
-    respondOne(res, *c, req.nowMs);
+    if (stateOf(c, req.nowMs) != "ACTIVE") return err::IncorrectState(res, "The compartment is not ACTIVE.");
+    CopyMembers(body, c.doc.edit(), {"name", "description", "freeformTags", "definedTags"});
+    respondOne(res, c, req.nowMs);
 }
 
-void IdentityService::deleteCompartment(ApiRequest& req, ApiResponse& res) {
-    Resource* c = findOr404(req, res, req.path("compartmentId"), "compartment");
-    if (!c) return;
-    const std::string s = stateOf(*c, req.nowMs);
+void IdentityService::deleteCompartment(ApiRequest& req, ApiResponse& res, Resource& c) {
+    const std::string s = stateOf(c, req.nowMs);
     if (s == "DELETED" || s == "DELETING") return err::IncorrectState(res, "The compartment is already deleted.");
-    for (Resource* child : store_.list("compartment", c->id, req.nowMs))
+    for (Resource* child : store_.list("compartment", c.id, req.nowMs))
         if (stateOf(*child, req.nowMs) != "DELETED")
             return err::IncorrectState(res, "The compartment is not empty: it has child compartments.");
-    store_.schedule(*c, req.nowMs, {{"DELETING", 0}, {"DELETED", P()}}, world_.retentionMs);
+    store_.schedule(c, req.nowMs, {{"DELETING", 0}, {"DELETED", P()}}, world_.retentionMs);
     res.noContent(204);
     setWorkRequest(res, req.region);
 }

@@ -21,8 +21,8 @@ private:
     void listCompartments(ApiRequest& req, ApiResponse& res);
     void getCompartment(ApiRequest& req, ApiResponse& res);
     void createCompartment(ApiRequest& req, ApiResponse& res);
-    void updateCompartment(ApiRequest& req, ApiResponse& res);
-    void deleteCompartment(ApiRequest& req, ApiResponse& res);
+    void updateCompartment(ApiRequest& req, ApiResponse& res, Resource& r);
+    void deleteCompartment(ApiRequest& req, ApiResponse& res, Resource& r);
     void getUser(ApiRequest& req, ApiResponse& res);
     JObject rootCompartment() const;
 };

@@ -1,5 +1,6 @@
 #include "oci/ImageService.h"
 
+#include "oci/OciErrors.h"
 #include "oci/ObjectStorageService.h"
 
 namespace ocwemu {
@@ -12,10 +13,11 @@ void ImageService::registerRoutes(Router& r) {
     };
     r.add("GET", kV + "/images", bind(&ImageService::listImages));
     r.add("POST", kV + "/images", bind(&ImageService::createImage));
-    r.add("GET", kV + "/images/{imageId}", bind(&ImageService::getImage));
-    r.add("PUT", kV + "/images/{imageId}", bind(&ImageService::updateImage));
-    r.add("DELETE", kV + "/images/{imageId}", bind(&ImageService::deleteImage));
-    r.add("POST", kV + "/images/{imageId}/actions/export", bind(&ImageService::exportImage));
+    r.add("GET", kV + "/images/{imageId}", getOne("imageId", "image"));
+    r.add("PUT", kV + "/images/{imageId}", withResource("imageId", "image", bound(&ImageService::updateImage)));
+    r.add("DELETE", kV + "/images/{imageId}", withResource("imageId", "image", bound(&ImageService::deleteImage)));
+    r.add("POST", kV + "/images/{imageId}/actions/export",
+          withResource("imageId", "image", bound(&ImageService::exportImage)));
 }
 
 Resource& ImageService::makeImage(const std::string& compartmentId, const std::string& region,
@@ -59,12 +61,8 @@ void ImageService::listImages(ApiRequest& req, ApiResponse& res) {
     items.erase(std::remove_if(items.begin(), items.end(), [](Resource* r) { return !r->compartmentId.empty(); }),
                 items.end());
     for (Resource* r : listIn(req, "image", c)) items.push_back(r);
-    filterByParams(req, items, {"displayName", "operatingSystem", "operatingSystemVersion"});
+    KeepMatching(req, items, {"displayName", "operatingSystem", "operatingSystemVersion"});
     respondList(req, res, std::move(items));
-}
-
-void ImageService::getImage(ApiRequest& req, ApiResponse& res) {
-    if (Resource* i = findOr404(req, res, req.path("imageId"), "image")) respondOne(res, *i, req.nowMs);
 }
 
 void ImageService::createImage(ApiRequest& req, ApiResponse& res) {
@@ -125,39 +123,33 @@ void ImageService::createImage(ApiRequest& req, ApiResponse& res) {
     setWorkRequest(res, req.region);
 }
 
-void ImageService::updateImage(ApiRequest& req, ApiResponse& res) {
+void ImageService::updateImage(ApiRequest& req, ApiResponse& res, Resource& img) {
     JObject body;
     if (!parseBody(req, res, body)) return;
-    Resource* img = findOr404(req, res, req.path("imageId"), "image");
-    if (!img) return;
-    if (img->compartmentId.empty()) return err::NotAuthorizedOrNotFound(res);  // platform images belong to nobody
-    CopyMembers(body, img->doc.edit(), {"displayName", "operatingSystem", "operatingSystemVersion", "freeformTags",
-                                 "definedTags"});
-    respondOne(res, *img, req.nowMs);
+    if (img.compartmentId.empty()) return err::NotAuthorizedOrNotFound(res);  // platform images belong to nobody
+    CopyMembers(body, img.doc.edit(),
+                {"displayName", "operatingSystem", "operatingSystemVersion", "freeformTags", "definedTags"});
+    respondOne(res, img, req.nowMs);
 }
 
-void ImageService::deleteImage(ApiRequest& req, ApiResponse& res) {
-    Resource* img = findOr404(req, res, req.path("imageId"), "image");
-    if (!img) return;
-    if (img->compartmentId.empty()) return err::NotAuthorizedOrNotFound(res);
-    const std::string s = stateOf(*img, req.nowMs);
+void ImageService::deleteImage(ApiRequest& req, ApiResponse& res, Resource& img) {
+    if (img.compartmentId.empty()) return err::NotAuthorizedOrNotFound(res);
+    const std::string s = stateOf(img, req.nowMs);
     if (s == "DELETED") return err::NotAuthorizedOrNotFound(res);
     if (s != "AVAILABLE" && s != "DISABLED") return err::IncorrectState(res, "The image is " + s + ".");
-    store_.schedule(*img, req.nowMs, {{"DELETED", 0}}, world_.retentionMs);
+    store_.schedule(img, req.nowMs, {{"DELETED", 0}}, world_.retentionMs);
     res.noContent(204);
 }
 
-void ImageService::exportImage(ApiRequest& req, ApiResponse& res) {
+void ImageService::exportImage(ApiRequest& req, ApiResponse& res, Resource& img) {
     JObject body;
     if (!parseBody(req, res, body)) return;
-    Resource* img = findOr404(req, res, req.path("imageId"), "image");
-    if (!img) return;
-    if (stateOf(*img, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The image is not AVAILABLE.");
+    if (stateOf(img, req.nowMs) != "AVAILABLE") return err::IncorrectState(res, "The image is not AVAILABLE.");
     const std::string type = JStr(body, "destinationType");
     if (type != "objectStorageTuple" && type != "objectStorageUri")
         return err::InvalidParameter(res, "Invalid destinationType: " + type);
-    store_.schedule(*img, req.nowMs, {{"EXPORTING", 0}, {"AVAILABLE", P()}});
-    respondOne(res, *img, req.nowMs);
+    store_.schedule(img, req.nowMs, {{"EXPORTING", 0}, {"AVAILABLE", P()}});
+    respondOne(res, img, req.nowMs);
     setWorkRequest(res, req.region);
 }
 

@@ -17,11 +17,10 @@ public:
 
 private:
     void listImages(ApiRequest& req, ApiResponse& res);
-    void getImage(ApiRequest& req, ApiResponse& res);
     void createImage(ApiRequest& req, ApiResponse& res);
-    void updateImage(ApiRequest& req, ApiResponse& res);
-    void deleteImage(ApiRequest& req, ApiResponse& res);
-    void exportImage(ApiRequest& req, ApiResponse& res);
+    void updateImage(ApiRequest& req, ApiResponse& res, Resource& r);
+    void deleteImage(ApiRequest& req, ApiResponse& res, Resource& r);
+    void exportImage(ApiRequest& req, ApiResponse& res, Resource& r);
     Resource& makeImage(const std::string& compartmentId, const std::string& region, const std::string& name,
                         const std::string& os, const std::string& osVersion, const std::string& launchMode,
                         std::int64_t sizeInMBs, std::int64_t nowMs,

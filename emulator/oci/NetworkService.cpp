@@ -1,5 +1,6 @@
 #include "oci/NetworkService.h"
 
+#include "oci/OciErrors.h"
 #include "common/Ids.h"
 
 #include <cstdio>
@@ -13,19 +14,21 @@ void NetworkService::registerRoutes(Router& r) {
     auto bind = [this](void (NetworkService::*fn)(ApiRequest&, ApiResponse&)) {
         return [this, fn](ApiRequest& q, ApiResponse& s) { (this->*fn)(q, s); };
     };
-    r.add("GET", kV + "/vcns", bind(&NetworkService::listVcns));
+    r.add("GET", kV + "/vcns", listOf({"vcn", {"displayName"}}));
     r.add("POST", kV + "/vcns", bind(&NetworkService::createVcn));
-    r.add("GET", kV + "/vcns/{vcnId}", bind(&NetworkService::getVcn));
-    r.add("DELETE", kV + "/vcns/{vcnId}", bind(&NetworkService::deleteVcn));
-    r.add("GET", kV + "/subnets", bind(&NetworkService::listSubnets));
+    r.add("GET", kV + "/vcns/{vcnId}", getOne("vcnId", "vcn"));
+    r.add("DELETE", kV + "/vcns/{vcnId}", withResource("vcnId", "vcn", bound(&NetworkService::deleteVcn)));
+    r.add("GET", kV + "/subnets", listOf({"subnet", {"vcnId", "displayName"}}));
     r.add("POST", kV + "/subnets", bind(&NetworkService::createSubnet));
-    r.add("GET", kV + "/subnets/{subnetId}", bind(&NetworkService::getSubnet));
-    r.add("DELETE", kV + "/subnets/{subnetId}", bind(&NetworkService::deleteSubnet));
-    r.add("GET", kV + "/vnics/{vnicId}", bind(&NetworkService::getVnic));
-    r.add("GET", kV + "/vnicAttachments", bind(&NetworkService::listVnicAttachments));
+    r.add("GET", kV + "/subnets/{subnetId}", getOne("subnetId", "subnet"));
+    r.add("DELETE", kV + "/subnets/{subnetId}",
+          withResource("subnetId", "subnet", bound(&NetworkService::deleteSubnet)));
+    r.add("GET", kV + "/vnics/{vnicId}", getOne("vnicId", "vnic"));
+    r.add("GET", kV + "/vnicAttachments", listOf({"vnicattachment", {"instanceId", "vnicId", "availabilityDomain"}}));
     r.add("POST", kV + "/vnicAttachments", bind(&NetworkService::attachVnic));
-    r.add("GET", kV + "/vnicAttachments/{vnicAttachmentId}", bind(&NetworkService::getVnicAttachment));
-    r.add("DELETE", kV + "/vnicAttachments/{vnicAttachmentId}", bind(&NetworkService::detachVnic));
+    r.add("GET", kV + "/vnicAttachments/{vnicAttachmentId}", getOne("vnicAttachmentId", "vnicattachment"));
+    r.add("DELETE", kV + "/vnicAttachments/{vnicAttachmentId}",
+          withResource("vnicAttachmentId", "vnicattachment", bound(&NetworkService::detachVnic)));
 }
 
 Resource& NetworkService::makeVcn(const std::string& compartmentId, const std::string& region,
@@ -154,18 +157,6 @@ void NetworkService::detachAll(const Resource& instance, std::int64_t nowMs) {
     }
 }
 
-void NetworkService::listVcns(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "vcn", c);
-    filterByParams(req, items, {"displayName"});
-    respondList(req, res, std::move(items));
-}
-
-void NetworkService::getVcn(ApiRequest& req, ApiResponse& res) {
-    if (Resource* v = findOr404(req, res, req.path("vcnId"), "vcn")) respondOne(res, *v, req.nowMs);
-}
-
 void NetworkService::createVcn(ApiRequest& req, ApiResponse& res) {
     JObject body;
     if (!parseBody(req, res, body)) return;
@@ -184,26 +175,12 @@ void NetworkService::createVcn(ApiRequest& req, ApiResponse& res) {
     respondOne(res, v, req.nowMs);
 }
 
-void NetworkService::deleteVcn(ApiRequest& req, ApiResponse& res) {
-    Resource* v = findOr404(req, res, req.path("vcnId"), "vcn");
-    if (!v) return;
-    for (Resource* s : listIn(req, "subnet", v->compartmentId))
-        if (JStr(s->doc, "vcnId") == v->id && stateOf(*s, req.nowMs) != "TERMINATED")
+void NetworkService::deleteVcn(ApiRequest& req, ApiResponse& res, Resource& v) {
+    for (Resource* s : listIn(req, "subnet", v.compartmentId))
+        if (JStr(s->doc, "vcnId") == v.id && stateOf(*s, req.nowMs) != "TERMINATED")
             return res.error(409, "Conflict", "The VCN still has subnets.");
-    store_.schedule(*v, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    store_.schedule(v, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
     res.noContent(204);
-}
-
-void NetworkService::listSubnets(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "subnet", c);
-    filterByParams(req, items, {"vcnId", "displayName"});
-    respondList(req, res, std::move(items));
-}
-
-void NetworkService::getSubnet(ApiRequest& req, ApiResponse& res) {
-    if (Resource* s = findOr404(req, res, req.path("subnetId"), "subnet")) respondOne(res, *s, req.nowMs);
 }
 
 void NetworkService::createSubnet(ApiRequest& req, ApiResponse& res) {
@@ -226,31 +203,12 @@ void NetworkService::createSubnet(ApiRequest& req, ApiResponse& res) {
     respondOne(res, s, req.nowMs);
 }
 
-void NetworkService::deleteSubnet(ApiRequest& req, ApiResponse& res) {
-    Resource* s = findOr404(req, res, req.path("subnetId"), "subnet");
-    if (!s) return;
+void NetworkService::deleteSubnet(ApiRequest& req, ApiResponse& res, Resource& s) {
     for (Resource* v : listIn(req, "vnic", ""))
-        if (JStr(v->doc, "subnetId") == s->id && stateOf(*v, req.nowMs) != "TERMINATED")
+        if (JStr(v->doc, "subnetId") == s.id && stateOf(*v, req.nowMs) != "TERMINATED")
             return res.error(409, "Conflict", "The subnet still has VNICs.");
-    store_.schedule(*s, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
+    store_.schedule(s, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
     res.noContent(204);
-}
-
-void NetworkService::getVnic(ApiRequest& req, ApiResponse& res) {
-    if (Resource* v = findOr404(req, res, req.path("vnicId"), "vnic")) respondOne(res, *v, req.nowMs);
-}
-
-void NetworkService::listVnicAttachments(ApiRequest& req, ApiResponse& res) {
-    std::string c;
-    if (!requireCompartment(req, res, c)) return;
-    auto items = listIn(req, "vnicattachment", c);
-    filterByParams(req, items, {"instanceId", "vnicId", "availabilityDomain"});
-    respondList(req, res, std::move(items));
-}
-
-void NetworkService::getVnicAttachment(ApiRequest& req, ApiResponse& res) {
-    if (Resource* a = findOr404(req, res, req.path("vnicAttachmentId"), "vnicattachment"))
-        respondOne(res, *a, req.nowMs);
 }
 
 void NetworkService::attachVnic(ApiRequest& req, ApiResponse& res) {
@@ -275,15 +233,13 @@ void NetworkService::attachVnic(ApiRequest& req, ApiResponse& res) {
     setWorkRequest(res, req.region);
 }
 
-void NetworkService::detachVnic(ApiRequest& req, ApiResponse& res) {
-    Resource* a = findOr404(req, res, req.path("vnicAttachmentId"), "vnicattachment");
-    if (!a) return;
-    const std::string s = stateOf(*a, req.nowMs);
+void NetworkService::detachVnic(ApiRequest& req, ApiResponse& res, Resource& a) {
+    const std::string s = stateOf(a, req.nowMs);
     if (s == "DETACHED" || s == "DETACHING") return err::IncorrectState(res, "The VNIC is already detached.");
-    Resource* vnic = store_.get(JStr(a->doc, "vnicId"), req.nowMs, "vnic");
+    Resource* vnic = store_.get(JStr(a.doc, "vnicId"), req.nowMs, "vnic");
     if (vnic && JBool(vnic->doc, "isPrimary").value_or(false))
         return err::InvalidParameter(res, "The primary VNIC cannot be detached.");
-    store_.schedule(*a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
+    store_.schedule(a, req.nowMs, {{"DETACHING", 0}, {"DETACHED", P()}}, world_.retentionMs);
     if (vnic) store_.schedule(*vnic, req.nowMs, {{"TERMINATING", 0}, {"TERMINATED", P()}}, world_.retentionMs);
     res.noContent(204);
 }

@@ -24,19 +24,12 @@ public:
                          const std::string& ad, std::int64_t nowMs);
 
 private:
-    void listVcns(ApiRequest& req, ApiResponse& res);
-    void getVcn(ApiRequest& req, ApiResponse& res);
     void createVcn(ApiRequest& req, ApiResponse& res);
-    void deleteVcn(ApiRequest& req, ApiResponse& res);
-    void listSubnets(ApiRequest& req, ApiResponse& res);
-    void getSubnet(ApiRequest& req, ApiResponse& res);
+    void deleteVcn(ApiRequest& req, ApiResponse& res, Resource& r);
     void createSubnet(ApiRequest& req, ApiResponse& res);
-    void deleteSubnet(ApiRequest& req, ApiResponse& res);
-    void getVnic(ApiRequest& req, ApiResponse& res);
-    void listVnicAttachments(ApiRequest& req, ApiResponse& res);
-    void getVnicAttachment(ApiRequest& req, ApiResponse& res);
+    void deleteSubnet(ApiRequest& req, ApiResponse& res, Resource& r);
     void attachVnic(ApiRequest& req, ApiResponse& res);
-    void detachVnic(ApiRequest& req, ApiResponse& res);
+    void detachVnic(ApiRequest& req, ApiResponse& res, Resource& r);
 
     Resource& makeVcn(const std::string& compartmentId, const std::string& region, const std::string& name,
                       const std::string& cidr, std::int64_t nowMs, std::int64_t delayMs);

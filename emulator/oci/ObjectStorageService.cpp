@@ -1,7 +1,9 @@
 #include "oci/ObjectStorageService.h"
 
+#include "oci/OciErrors.h"
 #include "common/Ids.h"
-#include "common/Paging.h"
+#include "common/Base64.h"
+#include "oci/Paging.h"
 #include "common/TimeUtil.h"
 
 #include <openssl/evp.h>

@@ -1,7 +1,9 @@
 #include "oci/OciService.h"
 
+#include "oci/OciErrors.h"
 #include "common/Ids.h"
-#include "common/Paging.h"
+#include "common/RenderCache.h"
+#include "oci/Paging.h"
 #include "common/TimeUtil.h"
 
 #include <algorithm>
@@ -38,14 +40,10 @@ JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs
 }
 
 const std::string& RenderedJson(const Store& store, const Resource& r, std::int64_t nowMs) {
-    RenderedText& cached = r.rendered;
-    std::string state = store.state(r, nowMs);
-    if (cached.json.empty() || cached.docVersion != r.doc.version() || cached.state != state) {
-        cached.json = ToJson(RenderIn(r, state));
-        cached.docVersion = r.doc.version();
-        cached.state = std::move(state);
-    }
-    return cached.json;
+    static const RenderFn kRender = [](const Resource& res, const std::string& state) {
+        return ToJson(RenderIn(res, state));
+    };
+    return CachedRender(store, r, nowMs, std::string(), kRender);
 }
 
 Resource OciService::newResource(const std::string& kind, const std::string& ocidType,
@@ -75,11 +73,37 @@ Resource* OciService::find(const ApiRequest& req, const std::string& id, const s
     return r;
 }
 
-Resource* OciService::findOr404(const ApiRequest& req, ApiResponse& res, const std::string& id,
-                                const std::string& kind) const {
-    Resource* r = find(req, id, kind);
-    if (!r) err::NotAuthorizedOrNotFound(res);
-    return r;
+Handler OciService::withResource(const char* idParam, const char* kind, ResourceHandler then) const {
+    return FindThen(
+        [this, idParam, kind](const ApiRequest& req, ApiResponse& res) {
+            Resource* r = find(req, req.path(idParam), kind);
+            if (!r) err::NotAuthorizedOrNotFound(res);
+            return r;
+        },
+        std::move(then));
+}
+
+Handler OciService::getOne(const char* idParam, const char* kind) const {
+    return withResource(idParam, kind,
+                        [this](ApiRequest& req, ApiResponse& res, Resource& r) { respondOne(res, r, req.nowMs); });
+}
+
+Handler OciService::listOf(ListRule rule, Compartment compartment, std::vector<const char*> required) const {
+    return ListThen(
+        [this, compartment, required](const ApiRequest& req, ApiResponse& res, const std::string& kind,
+                                      std::vector<Resource*>& items) {
+            std::string c;
+            for (const char* name : required)
+                if (!requireParam(req, res, name, c)) return false;
+            const bool ok = compartment == Compartment::Required ? requireCompartment(req, res, c)
+                                                                 : optionalCompartment(req, res, c);
+            if (ok) items = listIn(req, kind, c);
+            return ok;
+        },
+        std::move(rule),
+        [this](const ApiRequest& req, ApiResponse& res, std::vector<Resource*> items) {
+            respondList(req, res, std::move(items));
+        });
 }
 
 void OciService::respondOne(ApiResponse& res, const Resource& r, std::int64_t nowMs, int status) const {
@@ -140,16 +164,6 @@ void OciService::respondList(const ApiRequest& req, ApiResponse& res, std::vecto
     body += ']';
     res.jsonText(200, std::move(body));
     SetNextPage(res, w, items.size());
-}
-
-void OciService::filterByParams(const ApiRequest& req, std::vector<Resource*>& items,
-                                std::initializer_list<const char*> names) {
-    for (const char* n : names) {
-        if (!req.hasParam(n)) continue;
-        const std::string want = req.param(n);
-        items.erase(std::remove_if(items.begin(), items.end(), [&](Resource* r) { return JStr(r->doc, n) != want; }),
-                    items.end());
-    }
 }
 
 bool OciService::parseBody(const ApiRequest& req, ApiResponse& res, JObject& body) {

@@ -3,6 +3,7 @@
 // rendering and listing resources, so each family file holds only its own
 // rules. Handlers run with the store lock held (see Pipeline).
 #include "common/Api.h"
+#include "common/Handlers.h"
 #include "common/Router.h"
 #include "common/Store.h"
 #include "oci/OciWorld.h"
@@ -18,11 +19,9 @@ namespace ocwemu {
 // name starts with '_' are private to the emulator), "lifecycleState", and
 // the members that depend on the state (iSCSI target once attached, ...).
 JObject RenderResource(const Store& store, const Resource& r, std::int64_t nowMs);
-// The same document as JSON text. The text is kept in the resource and
-// reused until its members or its state change, so answering a list of
-// unchanged resources copies text instead of rebuilding and serialising every
-// document. Call with the store lock held; the reference is valid until the
-// resource is rendered again or erased.
+// The same document as JSON text, kept in the resource (common/RenderCache.h).
+// Call with the store lock held; the reference is valid until the resource
+// is rendered again or erased.
 const std::string& RenderedJson(const Store& store, const Resource& r, std::int64_t nowMs);
 
 class OciService {
@@ -46,9 +45,24 @@ protected:
     // the request's region; global kinds are never filtered out.
     std::vector<Resource*> listIn(const ApiRequest& req, const std::string& kind,
                                   const std::string& compartmentId) const;
-    // Like find(), but writes the 404 answer when missing.
-    Resource* findOr404(const ApiRequest& req, ApiResponse& res, const std::string& id,
-                        const std::string& kind) const;
+    // Declared handlers (common/Handlers.h). withResource: the resource of
+    // that kind named by the path parameter, as the request's region sees
+    // it, or 404 NotAuthorizedOrNotFound. getOne: a GET answering it.
+    Handler withResource(const char* idParam, const char* kind, ResourceHandler then) const;
+    Handler getOne(const char* idParam, const char* kind) const;
+    // A member function as a ResourceHandler.
+    template <class S>
+    ResourceHandler bound(void (S::*fn)(ApiRequest&, ApiResponse&, Resource&)) {
+        S* self = static_cast<S*>(this);
+        return [self, fn](ApiRequest& q, ApiResponse& s, Resource& r) { (self->*fn)(q, s, r); };
+    }
+    // A list of one kind in the query's "compartmentId" (404 when it names no
+    // compartment; when required, 400 if absent, else all compartments),
+    // filtered by the rule, answered a page at a time by respondList.
+    // `required` query parameters are checked first (400 MissingParameter).
+    enum class Compartment { Required, Optional };
+    Handler listOf(ListRule rule, Compartment compartment = Compartment::Required,
+                   std::vector<const char*> required = {}) const;
     std::string stateOf(const Resource& r, std::int64_t nowMs) const { return store_.state(r, nowMs); }
 
     // 200 (or `status`) with the rendered resource and its etag.
@@ -56,10 +70,6 @@ protected:
     // Filters by lifecycleState when asked, sorts by sortBy/sortOrder, and
     // answers one page of the rendered items.
     void respondList(const ApiRequest& req, ApiResponse& res, std::vector<Resource*> items) const;
-    // Keeps the items whose stored member equals each query parameter given
-    // (for the names listed); "displayName" and the like are exact matches.
-    static void filterByParams(const ApiRequest& req, std::vector<Resource*>& items,
-                               std::initializer_list<const char*> names);
 
     // Parses the JSON body; writes 400 InvalidParameter and returns false when malformed.
     static bool parseBody(const ApiRequest& req, ApiResponse& res, JObject& body);

@@ -1,6 +1,7 @@
 #include "oci/SearchService.h"
 
-#include "common/Paging.h"
+#include "oci/OciErrors.h"
+#include "oci/Paging.h"
 #include "oci/SearchQuery.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "oci/SignatureVerifier.h"
 
-#include "common/Paging.h"
+#include "common/Base64.h"
 #include "common/TimeUtil.h"
 
 #include <openssl/evp.h>

@@ -1,6 +1,7 @@
 #include "EmuTestClient.h"
 
-#include "common/Paging.h"
+#include "common/Api.h"
+#include "common/Base64.h"
 #include "common/TimeUtil.h"
 
 #include <openssl/evp.h>

@@ -1,7 +1,8 @@
 // List paging: opaque tokens that need URL-encoding, limits, and the service's
 // answers to bad paging input, a missing compartment or an unknown one.
 #include "EmuTestClient.h"
-#include "common/Paging.h"
+#include "common/Base64.h"
+#include "oci/Paging.h"
 
 #include <gtest/gtest.h>
 

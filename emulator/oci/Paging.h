@@ -1,5 +1,5 @@
 #pragma once
-// List paging as the services do it: "limit" and "page" query parameters in,
+// List paging as the OCI services do it: "limit" and "page" query parameters in,
 // an opaque "opc-next-page" header out, absent on the last page.
 //
 // Tokens are base64 that always ends in "=" padding, so they need URL-encoding
@@ -29,8 +29,5 @@ bool ReadPageWindow(const ApiRequest& req, std::size_t defaultLimit, std::size_t
 
 // Sets opc-next-page when items remain after this window.
 void SetNextPage(ApiResponse& res, const PageWindow& w, std::size_t total);
-
-std::string Base64Encode(const std::string& bytes);
-bool Base64Decode(const std::string& text, std::string& bytes);
 
 }  // namespace ocwemu
