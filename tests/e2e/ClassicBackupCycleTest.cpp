@@ -124,8 +124,17 @@ TEST_F(ClassicBackupCycle, RestoredInstanceLaunchesRebootsPowersAndIsDeleted) {
     EXPECT_EQ(vm.fullName.rfind(ClassicUserPath() + "/restored/", 0), 0u) << vm.fullName;
 
     ASSERT_TRUE(facade->RebootInstance(vm.fullName)) << facade->GetLastError();
+    // Power changes do not wait: the caller watches the state.
+    const auto stateOf = [&](std::string& state) {
+        SVMInfoLib now;
+        const bool read = facade->GetVMInfo(vm.fullName, "", now, 16, "");
+        state = now.state;
+        return read;
+    };
     ASSERT_TRUE(facade->PowerOffInstance(vm.fullName)) << facade->GetLastError();
+    EXPECT_EQ(PollUntil("shutdown", stateOf), "shutdown");
     ASSERT_TRUE(facade->PowerOnInstance(vm.fullName)) << facade->GetLastError();
+    EXPECT_EQ(PollUntil("running", stateOf), "running");
     EXPECT_EQ(RequestsTo("PUT", "/instance" + vm.fullName).size(), 2u);
 
     ASSERT_TRUE(facade->DeleteVM("restored", "", false, false)) << facade->GetLastError();
@@ -148,7 +157,7 @@ TEST_F(ClassicBackupCycle, InstanceGoingIntoErrorEndsTheLaunchWaitAtOnce) {
     vm.disks = {boot};
     // Before the first poll, the launched instance is made to fail.
     ScopedLogTrigger fail("Computed URL [" + info().classicEndpoint + "/instance" + ClassicUserPath() + "/broken/",
-                          [this] { HoldState(ClassicResourceId("/instance", ClassicUserPath() + "/broken/"), "error"); });
+                          [this] { HoldState(ClassicResourceId("instance", ClassicUserPath() + "/broken/"), "error"); });
     EXPECT_FALSE(facade->LaunchInstance(vm));
     EXPECT_TRUE(fail.fired());
     EXPECT_EQ(facade->GetLastError().rfind("Error waiting for status to reach end state for [", 0), 0u)

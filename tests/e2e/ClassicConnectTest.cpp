@@ -40,8 +40,9 @@ TEST_F(ClassicConnect, EveryFormOfServerAndUserLogsInAsTheFullUserAndTheSessionS
             << form.server << " " << form.user << ": " << facade.GetLastError();
         const auto logins = RequestsTo("POST", "/authenticate/");
         ASSERT_EQ(logins.size(), 1u) << form.server;
-        // The request log masks the password; everything else is as sent.
-        EXPECT_EQ(logins[0].body.find(ClassicUserPath()), logins[0].body.find("\"user\": \"") + 9) << logins[0].body;
+        // The request log masks the password; the user is the full one, once.
+        EXPECT_NE(logins[0].body.find("\"" + ClassicUserPath() + "\""), std::string::npos) << logins[0].body;
+        EXPECT_EQ(logins[0].body.find("Compute-/Compute-"), std::string::npos) << logins[0].body;
         std::vector<SVMInfoLib> vms;
         EXPECT_TRUE(facade.GetVMInfoList(vms, 0, "")) << facade.GetLastError();
         EXPECT_EQ(CountRequests("POST", "/authenticate/"), 1u) << "the session cookie is reused";
@@ -56,7 +57,9 @@ TEST_F(ClassicConnect, PaaSConnectsWithoutARequestAndSendsBasicCredentialsAndThe
     ASSERT_TRUE(facade->GetDBInstanceList(databases)) << facade->GetLastError();
     const auto sent = RequestsTo("GET", "/paas/service/dbcs/api/v1.1/instances/" + info().identityDomain);
     ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].headers.count("X-ID-TENANT-NAME"), 1u);
+    bool tenant = false;
+    for (const auto& header : sent[0].headers) tenant = tenant || header.first == "X-ID-TENANT-NAME";
+    EXPECT_TRUE(tenant);
 }
 
 TEST_F(ClassicConnect, RefusedLoginLeavesTheServiceMessageAndUnknownServiceTypeSendsNothing) {

@@ -8,7 +8,11 @@
 
 #include <algorithm>
 
+#include "classic/OracleCloudClassicQueries.h"
+#include "classic/OracleCloudClassicQueriesEngine.h"
 #include "e2e/EmulatorFixture.h"
+#include "parser/OracleCloudParser.h"
+#include "transport/OracleCloudClassicConnection.h"
 
 namespace {
 
@@ -105,13 +109,27 @@ TEST_F(ClassicInventory, HostIsTheUserContainerWithItsInstancesAndNetworksInOneS
     EXPECT_EQ(sites[0].name, "Compute-" + info().identityDomain);
 }
 
-TEST_F(ClassicInventory, EmptyAccountOrDamagedAnswerFailsTheWalkWithAReason) {
+TEST_F(ClassicInventory, EmptyAccountListsNothingButAnEmptyDirectoryOrADamagedAnswerFailsTheWalk) {
     ResetEmulator("empty");
     auto facade = ConnectClassicFacade();
     ASSERT_TRUE(facade);
     std::vector<SVMInfoLib> vms;
-    EXPECT_FALSE(facade->GetVMInfoList(vms, 0, ""));
-    EXPECT_FALSE(facade->GetLastError().empty());
+    ASSERT_TRUE(facade->GetVMInfoList(vms, 0, "")) << facade->GetLastError();
+    EXPECT_TRUE(vms.empty());
+
+    // Below the user container there is nothing: as a branch of a name walk it
+    // is left out, in an object walk it ends the walk.
+    COracleCloudParser parser;
+    COracleCloudClassicConnection connection(&parser);
+    ASSERT_TRUE(connection.connect(info().classicEndpoint, ClassicUserPath(), info().classicPassword,
+                                   ORACLE_SERVICE_COMPUTE));
+    COracleCloudClassicQueries queries(&connection, &parser);
+    std::vector<std::string> names;
+    EXPECT_TRUE(queries.GetResourceNamesFromURITraversal("instance", 3, names));
+    EXPECT_TRUE(names.empty());
+    EXPECT_FALSE(queries.GetListFromURITraversal("instance", 4, vms));
+    EXPECT_EQ(queries.GetLastError(), "No names are listed under [instance/Compute-" + info().identityDomain + "/" +
+                                          info().classicUser + "/]");
 
     ResetEmulator("demo");
     ocwemu::FaultRule cut;

@@ -1,0 +1,63 @@
+// The Cloud Classic facilities of the end-to-end fixture.
+#include <httplib.h>
+
+#include "common/TimeUtil.h"
+#include "e2e/EmulatorFixture.h"
+
+namespace ocwtest {
+namespace e2e {
+
+using OracleCloudSDKWrapper::COracleCloudWrapper;
+
+std::string EmulatorTest::ClassicUserPath() const {
+    return "/Compute-" + info().identityDomain + "/" + info().classicUser;
+}
+
+std::unique_ptr<COracleCloudWrapper> EmulatorTest::ConnectClassicFacade(OracleCloudSDKWrapper::EOracleCloudType type) {
+    auto facade = std::make_unique<COracleCloudWrapper>(type);
+    if (!facade->Connect(info().classicEndpoint, info().identityDomain + "/" + info().classicUser,
+                         info().classicPassword, OracleCloudSDKWrapper::ORACLE_SERVICE_COMPUTE)) {
+        ADD_FAILURE() << "Classic Connect failed: " << facade->GetLastError();
+        return nullptr;
+    }
+    return facade;
+}
+
+std::unique_ptr<COracleCloudWrapper> EmulatorTest::ConnectPaaSFacade(OracleCloudSDKWrapper::EOracleServiceType service) {
+    auto facade = std::make_unique<COracleCloudWrapper>(OracleCloudSDKWrapper::ORACLE_CLOUD_CLASSIC_PAAS);
+    if (!facade->Connect(info().paasEndpoint, info().identityDomain + "/" + info().classicUser,
+                         info().classicPassword, service)) {
+        ADD_FAILURE() << "PaaS Connect failed: " << facade->GetLastError();
+        return nullptr;
+    }
+    return facade;
+}
+
+void EmulatorTest::ExpireClassicSessions() { emu().expireClassicSessions(); }
+
+std::string EmulatorTest::PaaSPost(const std::string& path, const std::string& body) {
+    httplib::Client client(info().paasEndpoint);
+    client.set_ca_cert_path(info().caFile.c_str());
+    client.enable_server_certificate_verification(true);
+    client.set_basic_auth(info().classicUser, info().classicPassword);
+    const httplib::Headers headers{{"X-ID-TENANT-NAME", info().identityDomain}};
+    httplib::Result result = client.Post(path, headers, body, "application/json");
+    if (!result) {
+        ADD_FAILURE() << "POST " << path << " failed: " << httplib::to_string(result.error());
+        return {};
+    }
+    const std::string location = result->get_header_value("Location");
+    if (location.empty()) ADD_FAILURE() << "POST " << path << " answered " << result->status << ": " << result->body;
+    return location;
+}
+
+std::string EmulatorTest::ClassicResourceId(const std::string& kind, const std::string& namePrefix) {
+    std::lock_guard<std::mutex> lock(emu().store().mutex());
+    for (ocwemu::Resource* r : emu().store().list("classic:" + kind, "", ocwemu::NowMs())) {
+        if (ocwemu::JStr(r->doc, "name").rfind(namePrefix, 0) == 0) return r->id;
+    }
+    return {};
+}
+
+}  // namespace e2e
+}  // namespace ocwtest
