@@ -67,10 +67,10 @@ bool COracleCloudClassicOperations::PostObjectToLinkAndGetResult(const std::stri
 }
 
 template <typename T>
-bool COracleCloudClassicOperations::PostObjectToLinkAndGetResult(const std::string& link, const std::string& body,
-                                                                 T& record) {
+bool COracleCloudClassicOperations::sendAndParse(bool put, const std::string& link, const std::string& body,
+                                                 T& record) {
     std::string response;
-    if (!sendBody(false, link, body, response)) {
+    if (!sendBody(put, link, body, response)) {
         return false;
     }
     if (!m_parser->ParseObject(response, record)) {
@@ -80,16 +80,15 @@ bool COracleCloudClassicOperations::PostObjectToLinkAndGetResult(const std::stri
 }
 
 template <typename T>
+bool COracleCloudClassicOperations::PostObjectToLinkAndGetResult(const std::string& link, const std::string& body,
+                                                                 T& record) {
+    return sendAndParse(false, link, body, record);
+}
+
+template <typename T>
 bool COracleCloudClassicOperations::PutObjectToLinkAndGetResult(const std::string& link, const std::string& body,
                                                                 T& record) {
-    std::string response;
-    if (!sendBody(true, link, body, response)) {
-        return false;
-    }
-    if (!m_parser->ParseObject(response, record)) {
-        return OCW_FAIL("Failed to parse the answer of [%s]", link.c_str());
-    }
-    return true;
+    return sendAndParse(true, link, body, record);
 }
 
 template bool COracleCloudClassicOperations::PostObjectToLinkAndGetResult<SSnapshotInfoLib>(const std::string&,

@@ -119,6 +119,11 @@ protected:
     // Sends one request; on failure the last error is set (service message
     // or transfer text). PUT when put, else POST.
     bool sendBody(bool put, const std::string& link, const std::string& body, std::string& response);
+    // POSTs a launch plan, takes its first instance into vm and waits for "running".
+    bool launchAndWaitUntilRunning(const JsonObject& plan, SVMInfoLib& vm);
+    // Sends body (PUT when put, else POST) and parses the answer into record.
+    template <typename T>
+    bool sendAndParse(bool put, const std::string& link, const std::string& body, T& record);
     // The whole-volume rewrite shared by MakeVolumeBootable and ClearDescriptionForVolume.
     bool rewriteVolume(SDiskInfoLib& disk, const JsonObject& body, const char* inconsistentUriText,
                        bool (*changed)(const SDiskInfoLib&), const std::string& unchangedText);

@@ -29,8 +29,12 @@ bool COracleCloudClassicOperations::LaunchInstance(SVMInfoLib& vm) {
         OCW_LOG_ERROR(&m_debugLog, "The Request json could not be formed for launching instance");
         return false;
     }
+    return launchAndWaitUntilRunning(LaunchPlanBody(instance), vm);
+}
+
+bool COracleCloudClassicOperations::launchAndWaitUntilRunning(const JsonObject& plan, SVMInfoLib& vm) {
     std::string response;
-    if (!PostObjectToLinkAndGetResult(LaunchPlanLink(), JsonHelper::Serialize(LaunchPlanBody(instance)), response)) {
+    if (!PostObjectToLinkAndGetResult(LaunchPlanLink(), JsonHelper::Serialize(plan), response)) {
         return false;
     }
     std::vector<SVMInfoLib> launched;
@@ -44,18 +48,7 @@ bool COracleCloudClassicOperations::LaunchInstance(SVMInfoLib& vm) {
 
 bool COracleCloudClassicOperations::DeployVM(SVMInfoLib& vm, const std::string& /*source*/) {
     // The older launch: the instance goes into the connected user's container.
-    const JsonObject body = DeployVMBody(vm, getUser());
-    std::string response;
-    if (!PostObjectToLinkAndGetResult(LaunchPlanLink(), JsonHelper::Serialize(body), response)) {
-        return false;
-    }
-    std::vector<SVMInfoLib> launched;
-    m_parser->ParseList(response, "instances", launched);
-    if (launched.empty()) {
-        return OCW_FAIL("New Instance info is empty");
-    }
-    vm = launched.front();
-    return WaitForObjectToReachEndState(ObjectLink(kInstance, vm.fullName), vm, "running");
+    return launchAndWaitUntilRunning(DeployVMBody(vm, getUser()), vm);
 }
 
 bool COracleCloudClassicOperations::DeployVMFromLaunchPlan(const std::string& body, std::string& result) {

@@ -68,11 +68,17 @@ bool COracleCloudClassicQueries::GetListFromLink(const std::string& link, std::v
     return true;
 }
 
+bool COracleCloudClassicQueries::isWalkDepth(int levels) {
+    if (levels >= 2) {
+        return true;
+    }
+    // The root alone lists containers, never objects.
+    return OCW_FAIL("[%d] is not a valid number of levels to traverse", levels);
+}
+
 bool COracleCloudClassicQueries::GetResourceNamesFromURITraversal(const std::string& uri, int levels,
                                                                   std::vector<std::string>& names) {
-    if (levels < 2) {
-        OCW_LOG_ERROR(&m_debugLog, "[%d] is not a valid number of levels to traverse", levels);
-        SetLastError("[" + std::to_string(levels) + "] is not a valid number of levels to traverse");
+    if (!isWalkDepth(levels)) {
         return false;
     }
     const std::string base = classicqueries::ListLink(uri);

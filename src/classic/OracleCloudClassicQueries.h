@@ -169,6 +169,8 @@ protected:
     bool readLink(const std::string& link, std::string& response, bool directoryListing);
     // The user containers of the instance collection ("/Compute-acme/jdoe/").
     bool listUserContainers(std::vector<std::string>& containers);
+    // A walk needs at least two levels; false (logged, last error) otherwise.
+    bool isWalkDepth(int levels);
     // Fills vm.disks from the instance's attachments (see GetVMInfo).
     bool readDisksOfInstance(SVMInfoLib& vm);
     bool isPaaS();

@@ -59,9 +59,7 @@ bool COracleCloudClassicQueries::GetObjectFromLink(const std::string& link, T& r
 
 template <typename T>
 bool COracleCloudClassicQueries::GetListFromURITraversal(const std::string& uri, int levels, std::vector<T>& list) {
-    if (levels < 2) {
-        OCW_LOG_ERROR(&m_debugLog, "[%d] is not a valid number of levels to traverse", levels);
-        SetLastError("[" + std::to_string(levels) + "] is not a valid number of levels to traverse");
+    if (!isWalkDepth(levels)) {
         return false;
     }
     const std::string base = classicqueries::ListLink(uri);

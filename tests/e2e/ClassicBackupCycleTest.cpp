@@ -29,16 +29,25 @@ protected:
         return status;
     }
 
-    // A bootable copy of web1's boot volume, made through the library.
-    std::string BootableVolume(COracleCloudWrapper& facade, const std::string& name) {
+    // A VM record to launch on a new volume made bootable through the library.
+    SVMInfoLib VmOnNewBootVolume(COracleCloudWrapper& facade, const std::string& name) {
         SDiskInfoLib disk;
-        disk.volumeName = name;
+        disk.volumeName = name + "-boot";
         disk.sizeBytes = 20ULL << 30;
         disk.description = "restored boot volume";
         EXPECT_TRUE(facade.CreateVolume(disk, "")) << facade.GetLastError();
         EXPECT_EQ(disk.status, "Online");
         EXPECT_TRUE(facade.MakeVolumeBootable(disk.name)) << facade.GetLastError();
-        return disk.name;
+        SDiskInfoLib boot;
+        boot.index = 1;
+        boot.bootable = true;
+        boot.volumeName = disk.name;
+        SVMInfoLib vm;
+        vm.vmName = name;
+        vm.compartmentId = info().classicUser;
+        vm.shape = "oc3";
+        vm.disks = {boot};
+        return vm;
     }
 };
 
@@ -110,15 +119,7 @@ TEST_F(ClassicBackupCycle, SessionExpiringInTheMiddleOfAWaitIsRenewedAndTheWaitE
 TEST_F(ClassicBackupCycle, RestoredInstanceLaunchesRebootsPowersAndIsDeleted) {
     auto facade = ConnectClassicFacade();
     ASSERT_TRUE(facade);
-    SVMInfoLib vm;
-    vm.vmName = "restored";
-    vm.compartmentId = info().classicUser;
-    vm.shape = "oc3";
-    SDiskInfoLib boot;
-    boot.index = 1;
-    boot.bootable = true;
-    boot.volumeName = BootableVolume(*facade, "restored-boot");
-    vm.disks = {boot};
+    SVMInfoLib vm = VmOnNewBootVolume(*facade, "restored");
     ASSERT_TRUE(facade->LaunchInstance(vm)) << facade->GetLastError();
     EXPECT_EQ(vm.state, "running");
     EXPECT_EQ(vm.fullName.rfind(ClassicUserPath() + "/restored/", 0), 0u) << vm.fullName;
@@ -146,15 +147,7 @@ TEST_F(ClassicBackupCycle, RestoredInstanceLaunchesRebootsPowersAndIsDeleted) {
 TEST_F(ClassicBackupCycle, InstanceGoingIntoErrorEndsTheLaunchWaitAtOnce) {
     auto facade = ConnectClassicFacade();
     ASSERT_TRUE(facade);
-    SVMInfoLib vm;
-    vm.vmName = "broken";
-    vm.compartmentId = info().classicUser;
-    vm.shape = "oc3";
-    SDiskInfoLib boot;
-    boot.index = 1;
-    boot.bootable = true;
-    boot.volumeName = BootableVolume(*facade, "broken-boot");
-    vm.disks = {boot};
+    SVMInfoLib vm = VmOnNewBootVolume(*facade, "broken");
     // Before the first poll, the launched instance is made to fail.
     ScopedLogTrigger fail("Computed URL [" + info().classicEndpoint + "/instance" + ClassicUserPath() + "/broken/",
                           [this] { HoldState(ClassicResourceId("instance", ClassicUserPath() + "/broken/"), "error"); });
