@@ -13,7 +13,10 @@ ClassicCloud::ClassicCloud(Store& store, ClassicAccount& account)
       storage_(store, account),
       instances_(store, account, storage_),
       orchestrations_(store, account, instances_, storage_),
-      catalog_(store, account) {}
+      catalog_(store, account),
+      dbcs_(store, account),
+      java_(store, account, "jaas"),
+      mysql_(store, account, "MySQLCS") {}
 
 void ClassicCloud::registerRoutes(Router& r) {
     if (!account_.exists) return;
@@ -33,6 +36,13 @@ void ClassicCloud::registerRoutes(Router& r) {
     instances_.registerRoutes(r);
     orchestrations_.registerRoutes(r);
     catalog_.registerRoutes(r);
+    r.area("/paas", RouteAuth::PaasBasic);
+    dbcs_.registerRoutes(r);
+    java_.registerRoutes(r);
+    mysql_.registerRoutes(r);
+    r.add(
+        "GET", "/paas/api/v1.1/activitylog/{dom}/job/{id}",
+        [this](ApiRequest& q, ApiResponse& s) { java_.jobDocument(q, s); }, RouteAuth::PaasBasic);
 }
 
 void ClassicCloud::registerAdminRoutes(Router& admin) {
@@ -61,6 +71,7 @@ void ClassicCloud::addAuthSchemes(std::map<RouteAuth, AuthScheme>& schemes) {
                        return false;
                    },
                    ClassicError};
+    schemes[RouteAuth::PaasBasic] = PaasService::Scheme(account_);
 }
 
 void ClassicCloud::setCookie(ApiResponse& res, const std::string& token) const {

@@ -1,9 +1,12 @@
 #pragma once
 // The Cloud Classic half of the emulator put together: Compute Classic (login
-// and session cookie, the resource families) and its authentication, the
-// admin routes for sessions, and the seeds. Owned by Emulator.
+// and session cookie, the resource families), the PaaS services (database,
+// Java, MySQL) with basic credentials, their authentication, the admin
+// routes for sessions, and the seeds. Owned by Emulator.
 #include "classic/CatalogService.h"
 #include "classic/ClassicAccount.h"
+#include "classic/DbcsService.h"
+#include "classic/JavaMySqlService.h"
 #include "classic/InstanceService.h"
 #include "classic/OrchestrationService.h"
 #include "classic/StorageService.h"
@@ -30,7 +33,8 @@ public:
     // Fills the store; the caller holds the store lock. "demo": a small
     // account with instances, volumes, snapshots, an orchestration and the
     // rest; "empty": shapes and Oracle's images only; "scale": `instances`
-    // instances (at most 500) with boot volumes. Nothing without an account.
+    // instances (at most 500) with boot volumes. The demo account also has a
+    // database, a Java and a MySQL service. Nothing without an account.
     bool seed(const std::string& mode, int instances, std::int64_t nowMs, std::string& error);
 
     void expireSessions() { sessions_.expireAll(); }
@@ -47,6 +51,9 @@ private:
     InstanceService instances_;
     OrchestrationService orchestrations_;
     CatalogService catalog_;
+    DbcsService dbcs_;
+    JavaMySqlService java_;
+    JavaMySqlService mysql_;
 };
 
 }  // namespace ocwemu

@@ -139,6 +139,9 @@ bool ClassicCloud::seed(const std::string& mode, int instances, std::int64_t now
                          {"objects", JArray{std::move(object)}}};
             Check(orchestrations_.create(body, nowMs, true, why), why, "web2" + s);
         }
+        dbcs_.seedInstance("orcl-db", nowMs);
+        java_.seedInstance("shop-jcs", nowMs);
+        mysql_.seedInstance("shop-mysql", nowMs);
         return true;
     } catch (const std::exception& e) {
         error = e.what();
