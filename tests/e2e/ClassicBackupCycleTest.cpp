@@ -144,6 +144,25 @@ TEST_F(ClassicBackupCycle, RestoredInstanceLaunchesRebootsPowersAndIsDeleted) {
     EXPECT_FALSE(exists);
 }
 
+TEST_F(ClassicBackupCycle, OlderLaunchFromAnImageListRunsAndBootsWithAnAddress) {
+    auto facade = ConnectClassicFacade();
+    ASSERT_TRUE(facade);
+    SVMInfoLib vm;
+    vm.vmName = "from-image";
+    vm.shape = "oc3";
+    vm.imageId = "OL_7.2_UEKR4_x86_64";  // a public image list, named without its "/oracle/public/"
+    ASSERT_TRUE(facade->DeployVM(vm, "/oracle/public/OL_7.2_UEKR4_x86_64", "")) << facade->GetLastError();
+    const auto launch = RequestsTo("POST", "/launchplan/");
+    ASSERT_EQ(launch.size(), 1u);
+    EXPECT_NE(launch[0].body.find(R"("imagelist":"/oracle/public/OL_7.2_UEKR4_x86_64","name":")" + ClassicUserPath() +
+                                  "/from-image\""),
+              std::string::npos)
+        << launch[0].body;
+    EXPECT_EQ(vm.state, "running");
+    ASSERT_TRUE(facade->WaitForBoot(vm, 30, true, "")) << facade->GetLastError();
+    EXPECT_FALSE(vm.ipAddress.empty());
+}
+
 TEST_F(ClassicBackupCycle, InstanceGoingIntoErrorEndsTheLaunchWaitAtOnce) {
     auto facade = ConnectClassicFacade();
     ASSERT_TRUE(facade);
