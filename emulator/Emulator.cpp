@@ -300,12 +300,13 @@ bool Emulator::start() {
                            rs.error(status, code, message);
                        }};
         impl->classic->addAuthSchemes(schemes);
-        impl->pipeline = std::make_unique<Pipeline>(impl->routes, impl->adminRoutes, impl->store, impl->stats,
-                                                    impl->log, impl->faults, std::move(schemes),
-                                                    [oci](const ApiRequest& rq, std::string& region, ApiResponse&) {
-                                                        region = oci->regionForHost(rq.host);
-                                                        return true;
-                                                    });
+        impl->pipeline = std::make_unique<Pipeline>(
+            impl->routes, impl->adminRoutes, impl->store, impl->stats, impl->log, impl->faults, std::move(schemes),
+            [oci](const ApiRequest& rq, RouteAuth a, std::string& region, ApiResponse& rs) {
+                // Only OCI hosts name regions; Classic endpoints are sites of their own.
+                return (a != RouteAuth::OciSignature && a != RouteAuth::OciSignatureUnsignedBody) ||
+                       oci->resolveRegion(rq, region, rs);
+            });
 
         Pipeline* pipeline = impl->pipeline.get();
         std::string listenError;

@@ -317,9 +317,7 @@ bool ClassicService::requireAbsent(ApiResponse& res, const ClassicKind& k, const
 }
 
 std::string ClassicService::Timestamp(std::int64_t epochMs) {
-    std::string t = Rfc3339(epochMs);  // "2016-04-18T14:24:05.000Z"
-    const size_t dot = t.find('.');
-    return dot == std::string::npos ? t : t.substr(0, dot) + "Z";
+    return FormatUtc(epochMs, "%Y-%m-%dT%H:%M:%SZ");
 }
 
 void ClassicService::notFound(ApiResponse& res, const ClassicKind& k, const std::string& name) {

@@ -3,43 +3,16 @@
 #include "common/Ids.h"
 #include "common/TimeUtil.h"
 
-#include <ctime>
 
 namespace ocwemu {
 
 static const char* kBase = "/paas/service/dbcs/api/v1.1/instances/{dom}";
 
-// "Tue May 3 0:35:23 UTC 2016", as the service writes its dates.
-static std::string JavaDate(std::int64_t ms) {
-    const std::time_t t = static_cast<std::time_t>(ms / 1000);
-    std::tm tm{};
-    gmtime_r(&t, &tm);
-    static const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    static const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%s %s %d %d:%02d:%02d UTC %d", kDays[tm.tm_wday], kMonths[tm.tm_mon], tm.tm_mday,
-                  tm.tm_hour, tm.tm_min, tm.tm_sec, tm.tm_year + 1900);
-    return buf;
-}
-
-// "09-Jan-2017 18:26:06 UTC" for backups; "TAG20170109T182518" for their tags.
-static std::string BackupDate(std::int64_t ms) {
-    const std::time_t t = static_cast<std::time_t>(ms / 1000);
-    std::tm tm{};
-    gmtime_r(&t, &tm);
-    char buf[40];
-    std::strftime(buf, sizeof buf, "%d-%b-%Y %H:%M:%S UTC", &tm);
-    return buf;
-}
-
-static std::string Tag(std::int64_t ms) {
-    const std::time_t t = static_cast<std::time_t>(ms / 1000);
-    std::tm tm{};
-    gmtime_r(&t, &tm);
-    char buf[40];
-    std::strftime(buf, sizeof buf, "TAG%Y%m%dT%H%M%S", &tm);
-    return buf;
-}
+// "Tue May 3 0:35:23 UTC 2016", as the service writes its dates; backups
+// "09-Jan-2017 18:26:06 UTC" and their tags "TAG20170109T182518".
+static std::string JavaDate(std::int64_t ms) { return FormatUtc(ms, "%a %b %-d %-H:%M:%S UTC %Y"); }
+static std::string BackupDate(std::int64_t ms) { return FormatUtc(ms, "%d-%b-%Y %H:%M:%S UTC"); }
+static std::string Tag(std::int64_t ms) { return FormatUtc(ms, "TAG%Y%m%dT%H%M%S"); }
 
 void DbcsService::registerRoutes(Router& r) {
     auto bind = [this](void (DbcsService::*fn)(ApiRequest&, ApiResponse&)) {

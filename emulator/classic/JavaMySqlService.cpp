@@ -1,18 +1,11 @@
 #include "classic/JavaMySqlService.h"
 
-#include <ctime>
+#include "common/TimeUtil.h"
 
 namespace ocwemu {
 
 // "Thu Apr 28 17:45:33 GMT 2016", as these services date backups and restores.
-static std::string GmtDate(std::int64_t ms) {
-    const std::time_t t = static_cast<std::time_t>(ms / 1000);
-    std::tm tm{};
-    gmtime_r(&t, &tm);
-    char buf[48];
-    std::strftime(buf, sizeof buf, "%a %b %d %H:%M:%S GMT %Y", &tm);
-    return buf;
-}
+static std::string GmtDate(std::int64_t ms) { return FormatUtc(ms, "%a %b %d %H:%M:%S GMT %Y"); }
 
 static const char* kRunning = "RUNNING";
 static const char* kSucceeded = "SUCCEED";

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 
 #include <cctype>
+#include <cerrno>
 #include <chrono>
 
 namespace ocwemu {
@@ -64,6 +65,14 @@ static void Serve(const HttpServer::Dispatch& dispatch, const httplib::Request& 
         hres.set_header("Content-Type", res.contentType.empty() ? "application/octet-stream" : res.contentType);
         hres.body = std::move(res.body);
     }
+    // Answers go out as they are (identity encoding). cpp-httplib compresses
+    // a body for any client that accepts brotli, at brotli's slowest quality:
+    // a page of 1,000 instances then cost the official SDK (which accepts
+    // brotli) about 0.8 s instead of 0.05 s. It decides from the request's
+    // Accept-Encoding after this handler returns and offers no switch, so the
+    // header is taken out of the request here. (The request object is the
+    // server's own non-const one, handed to handlers as const.)
+    const_cast<httplib::Request&>(hreq).headers.erase("Accept-Encoding");
 }
 
 bool HttpServer::start(const std::string& host, int port, const std::string& certFile, const std::string& keyFile,
@@ -99,13 +108,22 @@ bool HttpServer::start(const std::string& host, int port, const std::string& cer
     server_->Patch(".*", handler);
     server_->Delete(".*", handler);
     server_->Options(".*", handler);
+    // SO_REUSEADDR only: cpp-httplib's default adds SO_REUSEPORT, which let a
+    // second emulator listen on the port of a running one, each answering
+    // half of the connections.
+    server_->set_socket_options([](int sock) {
+        int yes = 1;
+        ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
+    errno = 0;
     if (port == 0) {
         port_ = server_->bind_to_any_port(host.c_str());
     } else {
         port_ = server_->bind_to_port(host.c_str(), port) ? port : -1;
     }
     if (port_ <= 0) {
-        error = "cannot listen on " + host + ":" + std::to_string(port);
+        error =
+            "cannot listen on " + host + ":" + std::to_string(port) + (errno == EADDRINUSE ? ": address in use" : "");
         server_.reset();
         port_ = 0;
         return false;

@@ -70,7 +70,7 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
             if (fault.status == 429 || fault.status == 503) res.setHeader("retry-after", "1");
         } else if (fault.action == "close") {
             res.transportFault = "close";
-        } else if (!region_(req, req.region, res)) {
+        } else if (!region_(req, m.auth, req.region, res)) {
             entry.rejection = "region";
         } else if (!auth.check(req, m.auth, res, reason)) {
             stats_.recordRejection(reason);

@@ -32,10 +32,11 @@ struct AuthScheme {
 
 class Pipeline {
 public:
-    // The region a Host header addresses (the home region when it names
-    // none). false with the answer written when the host names a region that
-    // cannot be reached or is not the tenancy's.
-    using RegionResolver = std::function<bool(const ApiRequest&, std::string& region, ApiResponse& res)>;
+    // The region a request's Host header addresses for a route of that kind
+    // of credentials (the home region when it names none). false with the
+    // answer written when the host names a region that cannot be reached or
+    // is not the tenancy's.
+    using RegionResolver = std::function<bool(const ApiRequest&, RouteAuth, std::string& region, ApiResponse& res)>;
 
     Pipeline(Router& routes, Router& admin, Store& store, Stats& stats, RequestLog& log, FaultRules& faults,
              std::map<RouteAuth, AuthScheme> schemes, RegionResolver region)

@@ -46,11 +46,16 @@ std::string MaskSecrets(const std::string& body) {
     return ToJson(v);
 }
 
-// Session cookies and basic credentials are secrets; an OCI signature is not
-// (it signs one request and is kept for checking what a client signed).
+// Credentials never reach the log: basic credentials and session cookies are
+// masked, and of an OCI signature only the signature value (its keyId and
+// signed header list stay, to check what a client signed).
 static void MaskHeader(std::pair<std::string, std::string>& h) {
     if (h.first == "authorization" && h.second.rfind("Basic ", 0) == 0) {
         h.second = "Basic *****";
+    } else if (h.first == "authorization") {
+        const size_t at = h.second.find("signature=\"");
+        const size_t end = at == std::string::npos ? at : h.second.find('"', at + 11);
+        if (end != std::string::npos) h.second.replace(at + 11, end - at - 11, "*****");
     } else if (h.first == "cookie" || h.first == "set-cookie") {
         std::string out;
         size_t pos = 0;

@@ -61,4 +61,13 @@ bool ParseHttpDate(const std::string& text, std::int64_t& epochSeconds) {
     return true;
 }
 
+std::string FormatUtc(std::int64_t epochMs, const char* format) {
+    const std::time_t t = static_cast<std::time_t>(epochMs / 1000);
+    std::tm tm{};
+    gmtime_r(&t, &tm);
+    char buf[96];
+    const size_t n = std::strftime(buf, sizeof buf, format, &tm);
+    return std::string(buf, n);
+}
+
 }  // namespace ocwemu

@@ -12,6 +12,10 @@ std::int64_t NowMs();
 // OCI timestamp member is written.
 std::string Rfc3339(std::int64_t epochMs);
 
+// `epochMs` in UTC through strftime's `format` (glibc's "%-d" and "%-H" included),
+// for the date texts of the Classic services ("09-Jan-2017 18:26:06 UTC").
+std::string FormatUtc(std::int64_t epochMs, const char* format);
+
 // RFC 1123 date of an HTTP header ("Tue, 07 Mar 2023 09:05:01 GMT").
 std::string HttpDate(std::int64_t epochSeconds);
 

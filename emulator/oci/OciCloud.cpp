@@ -29,20 +29,30 @@ bool OciCloud::authenticate(const ApiRequest& req, RouteAuth auth, ApiResponse& 
     return false;
 }
 
-std::string OciCloud::regionForHost(const std::string& host) const {
-    std::string name = host;
-    if (!name.empty() && name[0] == '[') return world.homeRegion();  // IPv6 literal
-    size_t colon = name.find(':');
+bool OciCloud::resolveRegion(const ApiRequest& req, std::string& region, ApiResponse& res) const {
+    region = world.homeRegion();
+    std::string name = req.host;
+    if (!name.empty() && name[0] == '[') return true;  // IPv6 literal
+    const size_t colon = name.find(':');
     if (colon != std::string::npos) name.resize(colon);
-    size_t first = name.find('.');
-    if (first != std::string::npos) {
-        size_t second = name.find('.', first + 1);
-        if (second != std::string::npos) {
-            std::string label = name.substr(first + 1, second - first - 1);
-            if (world.knownRegion(label)) return label;
-        }
+    const std::string domain = ".oraclecloud.com";
+    if (name.size() <= domain.size() || name.compare(name.size() - domain.size(), domain.size(), domain) != 0)
+        return true;
+    const size_t first = name.find('.');
+    const size_t second = name.find('.', first + 1);
+    if (first == std::string::npos || second == std::string::npos) return true;
+    const std::string label = name.substr(first + 1, second - first - 1);
+    if (world.knownRegion(label)) {
+        region = label;
+        return true;
     }
-    return world.homeRegion();
+    if (IsRealRegion(label)) {
+        res.error(401, "NotAuthenticated",
+                  "The required information to complete authentication was not provided or was incorrect.");
+    } else {
+        res.transportFault = "close";
+    }
+    return false;
 }
 
 }  // namespace ocwemu

@@ -25,9 +25,14 @@ public:
     // Pipeline::Authenticator for OCI routes: verifies the signature and on
     // refusal answers 401 NotAuthenticated with the service's message.
     bool authenticate(const ApiRequest& req, RouteAuth auth, ApiResponse& res, std::string& reason) const;
-    // "iaas.us-ashburn-1.oraclecloud.com" -> "us-ashburn-1"; any host that
-    // names no known region (127.0.0.1:port) addresses the home region.
-    std::string regionForHost(const std::string& host) const;
+    // "iaas.us-ashburn-1.oraclecloud.com" -> "us-ashburn-1"; a host outside
+    // the provider's domain (127.0.0.1:port) addresses the home region. As
+    // in the cloud, a region the tenancy has not subscribed to refuses the
+    // tenancy's credentials (401 NotAuthenticated), and a region that does
+    // not exist cannot be reached at all (the connection is dropped without
+    // an answer, the nearest the emulator comes to a name that does not
+    // resolve). false with that answer written.
+    bool resolveRegion(const ApiRequest& req, std::string& region, ApiResponse& res) const;
 
     // Fills the store with a starting world; the caller holds the store lock.
     // mode: "demo" (a small, realistic tenancy), "empty" (platform images only),

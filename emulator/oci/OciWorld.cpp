@@ -5,14 +5,24 @@
 
 namespace ocwemu {
 
-std::string RegionKeyFor(const std::string& name) {
+static const std::map<std::string, std::string>& RegionKeys() {
     static const std::map<std::string, std::string> kKeys = {
-        {"us-phoenix-1", "PHX"},    {"us-ashburn-1", "IAD"},   {"eu-frankfurt-1", "FRA"},
-        {"uk-london-1", "LHR"},     {"ap-tokyo-1", "NRT"},     {"ca-toronto-1", "YYZ"},
-        {"ap-sydney-1", "SYD"},     {"eu-amsterdam-1", "AMS"}, {"ap-mumbai-1", "BOM"},
-        {"sa-saopaulo-1", "GRU"},   {"us-sanjose-1", "SJC"},   {"eu-zurich-1", "ZRH"},
-        {"ap-seoul-1", "ICN"},      {"ap-osaka-1", "KIX"},     {"us-chicago-1", "ORD"},
-        {"eu-madrid-1", "MAD"},     {"eu-paris-1", "CDG"},     {"me-dubai-1", "DXB"}};
+        {"us-phoenix-1", "PHX"},      {"us-ashburn-1", "IAD"},   {"eu-frankfurt-1", "FRA"}, {"uk-london-1", "LHR"},
+        {"ap-tokyo-1", "NRT"},        {"ca-toronto-1", "YYZ"},   {"ap-sydney-1", "SYD"},    {"eu-amsterdam-1", "AMS"},
+        {"ap-mumbai-1", "BOM"},       {"sa-saopaulo-1", "GRU"},  {"us-sanjose-1", "SJC"},   {"eu-zurich-1", "ZRH"},
+        {"ap-seoul-1", "ICN"},        {"ap-osaka-1", "KIX"},     {"us-chicago-1", "ORD"},   {"eu-madrid-1", "MAD"},
+        {"eu-paris-1", "CDG"},        {"me-dubai-1", "DXB"},     {"ap-chuncheon-1", "YNY"}, {"ap-hyderabad-1", "HYD"},
+        {"ap-melbourne-1", "MEL"},    {"ap-singapore-1", "SIN"}, {"ca-montreal-1", "YUL"},  {"eu-marseille-1", "MRS"},
+        {"eu-milan-1", "LIN"},        {"eu-stockholm-1", "ARN"}, {"il-jerusalem-1", "MTZ"}, {"me-jeddah-1", "JED"},
+        {"mx-queretaro-1", "QRO"},    {"sa-santiago-1", "SCL"},  {"sa-vinhedo-1", "VCP"},   {"uk-cardiff-1", "CWL"},
+        {"af-johannesburg-1", "JNB"}, {"me-abudhabi-1", "AUH"},  {"mx-monterrey-1", "MTY"}, {"sa-bogota-1", "BOG"}};
+    return kKeys;
+}
+
+bool IsRealRegion(const std::string& name) { return RegionKeys().count(name) != 0; }
+
+std::string RegionKeyFor(const std::string& name) {
+    const auto& kKeys = RegionKeys();
     auto it = kKeys.find(name);
     if (it != kKeys.end()) return it->second;
     size_t a = name.find('-');

@@ -42,5 +42,7 @@ struct OciWorld {
 // The key of a region name from the built-in table, or one derived from the
 // name ("xx-city-1" -> "CIT") for names the table does not hold.
 std::string RegionKeyFor(const std::string& name);
+// True for the names of the provider's commercial regions (the built-in table).
+bool IsRealRegion(const std::string& name);
 
 }  // namespace ocwemu
