@@ -8,13 +8,14 @@
 #include <chrono>
 #include <thread>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
+#include "LogCapture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
-using ocwtest::e2e::ScopedLogTrigger;
+using ocwtest::EmulatorTest;
+using ocwtest::LogTrigger;
 
 class ClassicBackupCycle : public EmulatorTest {
 protected:
@@ -100,7 +101,7 @@ TEST_F(ClassicBackupCycle, SessionExpiringInTheMiddleOfAWaitIsRenewedAndTheWaitE
     auto facade = ConnectClassicFacade();
     ASSERT_TRUE(facade);
     // Right before the wait's first poll is sent, every session ends.
-    ScopedLogTrigger expire("Computed URL [" + info().classicEndpoint + "/storage/volume" + ClassicUserPath() + "/fresh]",
+    LogTrigger expire("Computed URL [" + info().classicEndpoint + "/storage/volume" + ClassicUserPath() + "/fresh]",
                             [this] { ExpireClassicSessions(); });
     ClearRequestLog();
     SDiskInfoLib disk;
@@ -168,7 +169,7 @@ TEST_F(ClassicBackupCycle, InstanceGoingIntoErrorEndsTheLaunchWaitAtOnce) {
     ASSERT_TRUE(facade);
     SVMInfoLib vm = VmOnNewBootVolume(*facade, "broken");
     // Before the first poll, the launched instance is made to fail.
-    ScopedLogTrigger fail("Computed URL [" + info().classicEndpoint + "/instance" + ClassicUserPath() + "/broken/",
+    LogTrigger fail("Computed URL [" + info().classicEndpoint + "/instance" + ClassicUserPath() + "/broken/",
                           [this] { HoldState(ClassicResourceId("instance", ClassicUserPath() + "/broken/"), "error"); });
     EXPECT_FALSE(facade->LaunchInstance(vm));
     EXPECT_TRUE(fail.fired());

@@ -6,13 +6,14 @@
 // log even at the most verbose level.
 #include <gtest/gtest.h>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
+#include "LogCapture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
-using ocwtest::e2e::ScopedLogCapture;
+using ocwtest::EmulatorTest;
+using ocwtest::LogCapture;
 
 class ClassicConnect : public EmulatorTest {
 protected:
@@ -96,7 +97,7 @@ TEST_F(ClassicConnect, ExpiredSessionLogsInOnceAndRepeatsTheRequestButAnyOther40
 }
 
 TEST_F(ClassicConnect, NoPasswordCookieOrBasicCredentialReachesTheLogAtTheMostVerboseLevel) {
-    ScopedLogCapture capture(99);
+    LogCapture capture(99);
     auto compute = ConnectClassicFacade();
     ASSERT_TRUE(compute);
     ExpireClassicSessions();  // a re-login as well

@@ -10,14 +10,15 @@
 
 #include "classic/OracleCloudClassicQueries.h"
 #include "classic/OracleCloudClassicQueriesEngine.h"
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
+#include "LogCapture.h"
 #include "parser/OracleCloudParser.h"
 #include "transport/OracleCloudClassicConnection.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class ClassicInventory : public EmulatorTest {
 protected:

@@ -6,12 +6,13 @@
 
 #include <map>
 
-#include "e2e/EmulatorFixture.h"
+#include "EmulatorFixture.h"
+#include "LogCapture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
-using ocwtest::e2e::EmulatorTest;
+using ocwtest::EmulatorTest;
 
 class ConfigCapture : public EmulatorTest {};
 
