@@ -71,12 +71,12 @@ bool COracleCloudWrapper::ReadInstanceOrchestration(const std::string& json, SVM
         return true;
     }
     // The older form holds launch plans under "oplans"; their instances are
-    // specifications, named without a uuid.
+    // requests, named without a uuid.
     std::vector<SVMInfoLib> instances;
     const bool parsed = m_parser->ParseListAlongPath(json, {"oplans", "objects", "instances"}, instances);
     if (!instances.empty()) {
         vm = instances.front();
-        COracleCloudParser::ReadAsInstanceSpec(vm);
+        COracleCloudParser::ReadAsRequestedInstance(vm);
     }
     return parsed;
 }

@@ -227,12 +227,12 @@ bool COracleCloudParser::Convert(const JsonObject& obj, SOrchestrationInfoLib& o
             }
             continue;
         }
-        // Otherwise an object of type "Instance" carries only the instance's
-        // specification in its template (a saved or an inactive orchestration).
+        // Otherwise an object of type "Instance" carries only the requested
+        // instance in its template (a saved or an inactive orchestration).
         if (GetStringValue(*entry, "type") == "Instance") {
             if (const JsonObject* tmpl = FindObjectValue(*entry, "template")) {
                 const bool converted = Convert(*tmpl, out.vm);
-                ReadAsInstanceSpec(out.vm);
+                ReadAsRequestedInstance(out.vm);
                 return converted;
             }
         }
@@ -240,7 +240,7 @@ bool COracleCloudParser::Convert(const JsonObject& obj, SOrchestrationInfoLib& o
     return true;
 }
 
-void COracleCloudParser::ReadAsInstanceSpec(SVMInfoLib& vm) {
+void COracleCloudParser::ReadAsRequestedInstance(SVMInfoLib& vm) {
     vm.vmName = GetRSubStrFromLastSlash(vm.fullName);
     vm.guid.clear();
 }

@@ -238,11 +238,11 @@ public:
     bool ExtractIPNetworksAndSecurity(const JsonObject& networking, std::vector<SVNicInfoLib>& vnics,
                                       std::vector<SSecurityGroupInfoLib>& groups);
 
-    // An instance specification (of a launch plan or an orchestration
-    // template) is named without the uuid a running instance has: its
-    // vmName is the last part of its name, and it has no uuid. Applied to a
-    // VM record converted from such a specification.
-    static void ReadAsInstanceSpec(SVMInfoLib& vm);
+    // A requested instance (an entry of a launch plan or an orchestration's
+    // template) is named without the uuid a running instance has: its vmName
+    // is the last part of its name, and it has no uuid. Applied to a VM record
+    // converted from such a request.
+    static void ReadAsRequestedInstance(SVMInfoLib& vm);
 
     // A DBCS job-status document: "job_status" into jobStatus, the "message"
     // entries (joined by "\n") into message, and the backup tag of a

@@ -74,12 +74,12 @@ TEST_F(ConfigCapture, ClassicInstanceIsCapturedWithItsOrchestrationsAndRedeploye
     SVMInfoLib saved;
     ASSERT_TRUE(facade->ReadInstanceConfig(configs[".json"], saved));
     EXPECT_EQ(saved.fullName, web2.fullName);
-    SVMInfoLib spec;
-    ASSERT_TRUE(facade->ReadInstanceOrchestration(configs["_instance.json"], spec));
-    EXPECT_EQ(spec.vmName, "web2");
-    EXPECT_EQ(spec.compartmentId, info().classicUser);
-    ASSERT_EQ(spec.disks.size(), 1u);
-    EXPECT_TRUE(spec.disks[0].bootable);
+    SVMInfoLib requested;
+    ASSERT_TRUE(facade->ReadInstanceOrchestration(configs["_instance.json"], requested));
+    EXPECT_EQ(requested.vmName, "web2");
+    EXPECT_EQ(requested.compartmentId, info().classicUser);
+    ASSERT_EQ(requested.disks.size(), 1u);
+    EXPECT_TRUE(requested.disks[0].bootable);
 
     // Redeploy as a new instance on a copy of its boot volume.
     SDiskInfoLib copy;
@@ -87,13 +87,13 @@ TEST_F(ConfigCapture, ClassicInstanceIsCapturedWithItsOrchestrationsAndRedeploye
     copy.sizeBytes = 20ULL << 30;
     ASSERT_TRUE(facade->CreateVolume(copy, "")) << facade->GetLastError();
     ASSERT_TRUE(facade->MakeVolumeBootable(copy.name)) << facade->GetLastError();
-    spec.vmName = "web2-copy";
-    spec.disks[0].volumeName = copy.name;
-    ASSERT_TRUE(facade->DeployVMFromOrchestration(spec)) << facade->GetLastError();
-    EXPECT_EQ(spec.fullName.rfind(ClassicUserPath() + "/web2-copy", 0), 0u) << spec.fullName;
-    EXPECT_FALSE(spec.guid.empty());
+    requested.vmName = "web2-copy";
+    requested.disks[0].volumeName = copy.name;
+    ASSERT_TRUE(facade->DeployVMFromOrchestration(requested)) << facade->GetLastError();
+    EXPECT_EQ(requested.fullName.rfind(ClassicUserPath() + "/web2-copy", 0), 0u) << requested.fullName;
+    EXPECT_FALSE(requested.guid.empty());
     std::map<std::string, std::string> redeployed;
-    ASSERT_TRUE(facade->GetInstanceConfigurations(spec.fullName, redeployed)) << facade->GetLastError();
+    ASSERT_TRUE(facade->GetInstanceConfigurations(requested.fullName, redeployed)) << facade->GetLastError();
     EXPECT_FALSE(redeployed["_master.json"].empty());
 }
 
