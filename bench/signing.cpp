@@ -9,7 +9,8 @@
 // With the cache a signature costs one open+fstat and the RSA operation.
 #include <benchmark/benchmark.h>
 
-#include "../tests/unit/signing/TestRsaKeys.h"
+#include "../tests/support/TempDir.h"
+#include "../tests/support/TestKeys.h"
 #include "transport/OCIConnectionUtils.h"
 #include "transport/PrivateKeyCache.h"
 
@@ -18,14 +19,14 @@ using namespace OracleCloudSDKWrapper;
 namespace {
 
 struct KeyFiles {
-    ocw_test::TempDir dir;
+    ocwtest::TempDir dir;
     std::string plain;
     std::string encrypted;
     KeyFiles()
     {
-        ocw_test::PkeyPtr key = ocw_test::generateRsaKey(2048);
-        plain = dir.write("plain.pem", ocw_test::toPem(key.get(), ocw_test::KeyFormat::Pkcs1));
-        encrypted = dir.write("encrypted.pem", ocw_test::toPem(key.get(), ocw_test::KeyFormat::Pkcs8Encrypted, "bench-pass"));
+        ocwtest::PkeyPtr key = ocwtest::GenerateRsaKey(2048);
+        plain = dir.write("plain.pem", ocwtest::ToPem(key.get(), ocwtest::KeyFormat::Pkcs1));
+        encrypted = dir.write("encrypted.pem", ocwtest::ToPem(key.get(), ocwtest::KeyFormat::Pkcs8Encrypted, "bench-pass"));
     }
 };
 

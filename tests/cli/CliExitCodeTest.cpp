@@ -1,6 +1,5 @@
 // Distinct exit codes: usage errors, refused credentials, missing resources,
 // interruption.
-#include <chrono>
 
 #include "CliFixture.h"
 #include "common/ApiKeys.h"
@@ -11,7 +10,7 @@ namespace {
 using CliExitCodes = CliTest;
 
 TEST_F(CliExitCodes, UsageErrorsExitWith2BeforeAnyRequest) {
-    const size_t before = RequestCount();
+    const size_t before = Requests().size();
     const std::vector<std::vector<std::string>> bad = {
         {"instances", "frobnicate"},
         {"volumes", "attach", "only-one-argument"},
@@ -29,50 +28,33 @@ TEST_F(CliExitCodes, UsageErrorsExitWith2BeforeAnyRequest) {
         EXPECT_FALSE(r.err.empty()) << line;
     }
     EXPECT_EQ(OcwRaw({}).exitCode, 2);
-    EXPECT_EQ(RequestCount(), before);
+    EXPECT_EQ(Requests().size(), before);
     // Help is not an error.
     const CliResult help = OcwRaw({"volumes", "--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_NE(help.out.find("snapshot"), std::string::npos);
 }
 
-TEST_F(CliExitCodes, KeyTheCloudDoesNotKnowExitsWith3) {
-    // Same user and fingerprint, another key: the signature does not verify.
-    ocwemu::PKeyPtr other = ocwemu::GenerateRsaKey();
-    ASSERT_TRUE(other);
-    std::string error;
-    const std::string keyFile = dir_.path() + "/other_key.pem";
-    ASSERT_TRUE(ocwemu::WritePrivateKeyPem(keyFile, other.get(), "", error)) << error;
-    const ocwemu::EmulatorInfo& info = Emu().info();
-    const std::string config = dir_.write("config", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
-                                                        info.fingerprint + "\nkey_file=" + keyFile +
-                                                        "\ntenancy=" + info.tenancy + "\nregion=" + info.region + "\n");
-    const CliResult r = OcwRaw({"--config-file", config, "--ini", info.ini, "instances", "list"});
-    EXPECT_EQ(r.exitCode, 3) << r.out << r.err;
-    EXPECT_NE(r.err.find("NotAuthenticated"), std::string::npos) << r.err;
-    EXPECT_TRUE(r.out.empty()) << r.out;
-}
-
 TEST_F(CliExitCodes, UnusableProfileExitsWith3WithoutARequest) {
-    const ocwemu::EmulatorInfo& info = Emu().info();
-    const size_t before = RequestCount();
-    const std::string noKey = dir_.write("no-key", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
-                                                       info.fingerprint + "\nkey_file=" + dir_.path() +
-                                                       "/missing.pem\ntenancy=" + info.tenancy + "\nregion=" +
-                                                       info.region + "\n");
-    CliResult r = OcwRaw({"--config-file", noKey, "--ini", info.ini, "regions"});
+    const ocwemu::EmulatorInfo& i = info();
+    const size_t before = Requests().size();
+    const std::string noKey = dir_.write("no-key", "[DEFAULT]\nuser=" + i.user + "\nfingerprint=" +
+                                                       i.fingerprint + "\nkey_file=" + dir_.path() +
+                                                       "/missing.pem\ntenancy=" + i.tenancy + "\nregion=" +
+                                                       i.region + "\n");
+    CliResult r = OcwRaw({"--config-file", noKey, "--ini", i.ini, "regions"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
     EXPECT_NE(r.err.find("missing.pem"), std::string::npos) << r.err;
 
-    const std::string noTenancy = dir_.write("no-tenancy", "[DEFAULT]\nuser=" + info.user + "\nfingerprint=" +
-                                                               info.fingerprint + "\nkey_file=" + info.keyFile + "\n");
-    r = OcwRaw({"--config-file", noTenancy, "--ini", info.ini, "regions"});
+    const std::string noTenancy = dir_.write("no-tenancy", "[DEFAULT]\nuser=" + i.user + "\nfingerprint=" +
+                                                               i.fingerprint + "\nkey_file=" + i.keyFile + "\n");
+    r = OcwRaw({"--config-file", noTenancy, "--ini", i.ini, "regions"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
     EXPECT_NE(r.err.find("tenancy, region"), std::string::npos) << r.err;
 
     r = OcwRaw({"--config-file", dir_.path() + "/nothing-here", "regions"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
-    EXPECT_EQ(RequestCount(), before);
+    EXPECT_EQ(Requests().size(), before);
 }
 
 TEST_F(CliExitCodes, MissingResourcesExitWith4) {
@@ -92,15 +74,15 @@ TEST_F(CliExitCodes, MissingResourcesExitWith4) {
 }
 
 TEST_F(CliExitCodes, UnreadableAgentConfigurationIsAUsageError) {
-    const CliResult r = OcwRaw({"--config-file", Emu().info().ociConfig, "--ini", dir_.path() + "/none.ini", "regions"});
+    const CliResult r = OcwRaw({"--config-file", info().ociConfig, "--ini", dir_.path() + "/none.ini", "regions"});
     EXPECT_EQ(r.exitCode, 2) << r.err;
     EXPECT_NE(r.err.find("none.ini"), std::string::npos);
 }
 
 TEST_F(CliExitCodes, AgentConfigurationComesFromOCW_CONFIGByDefault) {
     CliRunOptions options;
-    options.env["OCW_CONFIG"] = Emu().info().ini;
-    const CliResult r = OcwRaw({"--config-file", Emu().info().ociConfig, "regions"}, options);
+    options.env["OCW_CONFIG"] = info().ini;
+    const CliResult r = OcwRaw({"--config-file", info().ociConfig, "regions"}, options);
     EXPECT_EQ(r.exitCode, 0) << r.err;
     EXPECT_NE(r.out.find("us-phoenix-1"), std::string::npos);
 }
@@ -108,7 +90,7 @@ TEST_F(CliExitCodes, AgentConfigurationComesFromOCW_CONFIGByDefault) {
 TEST_F(CliExitCodes, CtrlCDuringAWaitExitsWith130AndShowsTheStateReached) {
     // Transitions that take a minute keep the stop waiting.
     TempDir slowState;
-    ocwemu::Emulator slow(TestEmulatorOptions(slowState, 60000));
+    ocwemu::Emulator slow(OwnEmulatorOptions(slowState, 60000));
     ASSERT_TRUE(slow.start()) << slow.lastError();
     const std::vector<std::string> base{"--config-file", slow.info().ociConfig, "--ini", slow.info().ini};
     std::vector<std::string> list = base;
@@ -121,11 +103,8 @@ TEST_F(CliExitCodes, CtrlCDuringAWaitExitsWith130AndShowsTheStateReached) {
     CliRunOptions options;
     options.interruptAfterMs = 4000;  // time to connect, ask and see one poll even on a busy machine
     options.timeoutMs = 30000;
-    const auto start = std::chrono::steady_clock::now();
     const CliResult r = OcwRaw(stop, options);
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     EXPECT_EQ(r.exitCode, 130) << r.out << r.err;
-    EXPECT_LT(seconds, 10.0);
     EXPECT_NE(r.err.find("interrupted by Ctrl-C"), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("stop instance " + id), std::string::npos) << r.err;
     // The progress fed from the library's wait saw the instance stopping.

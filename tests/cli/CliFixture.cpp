@@ -2,10 +2,7 @@
 
 namespace ocwtest {
 
-std::unique_ptr<ocwemu::Emulator> CliTest::emulator_;
-std::unique_ptr<TempDir> CliTest::stateDir_;
-
-ocwemu::EmulatorOptions TestEmulatorOptions(TempDir& stateDir, long long provisionMs) {
+ocwemu::EmulatorOptions OwnEmulatorOptions(TempDir& stateDir, long long provisionMs) {
     ocwemu::EmulatorOptions options;
     options.provisionMs = provisionMs;
     options.stateDir = stateDir.path();
@@ -14,29 +11,12 @@ ocwemu::EmulatorOptions TestEmulatorOptions(TempDir& stateDir, long long provisi
 
 const char* const kSeededInstances[4] = {"ocw-web-1", "ocw-web-2", "ocw-win-1", "ocw-app-1"};
 
-void CliTest::SetUpTestSuite() {
-    if (emulator_) return;
-    stateDir_ = std::make_unique<TempDir>();
-    emulator_ = std::make_unique<ocwemu::Emulator>(TestEmulatorOptions(*stateDir_));
-    if (!emulator_->start()) {
-        ADD_FAILURE() << "the emulator did not start: " << emulator_->lastError();
-    }
-}
-
-void CliTest::TearDownTestSuite() {
-    if (emulator_) emulator_->stop();
-    emulator_.reset();
-    stateDir_.reset();
-}
-
-void CliTest::SetUp() { ASSERT_TRUE(emulator_ && !emulator_->info().endpoint.empty()) << "no emulator"; }
-
 CliResult CliTest::OcwRaw(const std::vector<std::string>& args, const CliRunOptions& options) {
     return RunProgram(OcwPath(), args, options);
 }
 
 CliResult CliTest::Ocw(const std::vector<std::string>& args, const CliRunOptions& options) {
-    std::vector<std::string> all{"--config-file", emulator_->info().ociConfig, "--ini", emulator_->info().ini};
+    std::vector<std::string> all{"--config-file", info().ociConfig, "--ini", info().ini};
     all.insert(all.end(), args.begin(), args.end());
     return OcwRaw(all, options);
 }
@@ -64,7 +44,5 @@ std::string CliTest::IdOf(const boost::json::value& list, const std::string& key
     }
     return std::string();
 }
-
-size_t CliTest::RequestCount() { return emulator_->requestLog().last(1000000).size(); }
 
 }  // namespace ocwtest

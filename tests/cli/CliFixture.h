@@ -1,29 +1,22 @@
 #pragma once
-// One in-process emulator per test program (each ctest runs one test in its
-// own process, so tests never see each other's resources), and helpers to run
-// ocw against it with the emulator's throw-away OCI config and agent ini.
+// ocw run as a child process against the program's shared emulator (a clean
+// demo cloud per test), with the emulator's throw-away OCI config and agent ini.
 #include <gtest/gtest.h>
 
 #include <boost/json.hpp>
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "CliRunner.h"
-#include "Emulator.h"
+#include "EmulatorFixture.h"
+#include "TempDir.h"
 
 namespace ocwtest {
 
-class CliTest : public ::testing::Test {
+class CliTest : public EmulatorTest {
 protected:
-    static void SetUpTestSuite();
-    static void TearDownTestSuite();
-    void SetUp() override;
-
-    static ocwemu::Emulator& Emu() { return *emulator_; }
-
-    // ocw with --config-file and --ini of the emulator in front of args.
+    // ocw with --config-file and --ini of the shared emulator in front of args.
     CliResult Ocw(const std::vector<std::string>& args, const CliRunOptions& options = {});
     // ocw exactly as given.
     CliResult OcwRaw(const std::vector<std::string>& args, const CliRunOptions& options = {});
@@ -33,19 +26,12 @@ protected:
     // The "id" of the element of a JSON list whose member key equals value.
     static std::string IdOf(const boost::json::value& list, const std::string& key, const std::string& value);
 
-    // Number of requests the emulator has received so far.
-    static size_t RequestCount();
-
     TempDir dir_;
-
-private:
-    static std::unique_ptr<ocwemu::Emulator> emulator_;
-    static std::unique_ptr<TempDir> stateDir_;
 };
 
-// Emulator options for tests: quick transitions and a state directory that
-// the returned TempDir removes (the emulator keeps a directory it was given).
-ocwemu::EmulatorOptions TestEmulatorOptions(TempDir& stateDir, long long provisionMs = 100);
+// Options of an emulator of its own, for a test that needs other timings or
+// an encrypted key, with a state directory the returned TempDir removes.
+ocwemu::EmulatorOptions OwnEmulatorOptions(TempDir& stateDir, long long provisionMs = kProvisionMs);
 
 // Seeded names of the demo tenancy.
 extern const char* const kSeededInstances[4];

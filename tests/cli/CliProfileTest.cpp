@@ -10,9 +10,8 @@ const char kPassPhrase[] = "correct horse battery staple";
 class CliProfiles : public CliTest {
 protected:
     static void SetUpTestSuite() {
-        CliTest::SetUpTestSuite();
         lockedState_ = std::make_unique<TempDir>();
-        ocwemu::EmulatorOptions options = TestEmulatorOptions(*lockedState_);
+        ocwemu::EmulatorOptions options = OwnEmulatorOptions(*lockedState_);
         options.passPhrase = kPassPhrase;
         locked_ = std::make_unique<ocwemu::Emulator>(options);
         if (!locked_->start()) ADD_FAILURE() << locked_->lastError();
@@ -20,12 +19,11 @@ protected:
     static void TearDownTestSuite() {
         locked_.reset();
         lockedState_.reset();
-        CliTest::TearDownTestSuite();
     }
 
     // [DEFAULT] holds a key the cloud does not know; [locked] the emulator's
     // encrypted key and its pass phrase; [nopass] the same key without it.
-    std::string WriteConfig() {
+    std::string WriteOciConfig() {
         const ocwemu::EmulatorInfo& i = locked_->info();
         ocwemu::PKeyPtr other = ocwemu::GenerateRsaKey();
         std::string error;
@@ -56,30 +54,20 @@ std::unique_ptr<ocwemu::Emulator> CliProfiles::locked_;
 std::unique_ptr<TempDir> CliProfiles::lockedState_;
 
 TEST_F(CliProfiles, ProfileInheritsDefaultAndUnlocksItsKeyWithThePassPhrase) {
-    const std::string config = WriteConfig();
+    const std::string config = WriteOciConfig();
     const CliResult r = Run(config, {"--profile", "locked", "--json", "compartments"});
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_FALSE(IdOf(Json(r), "name", "ocw-demo").empty()) << r.out;
 }
 
-TEST_F(CliProfiles, ProfileCanBeChosenThroughOCI_CLI_PROFILE) {
-    const std::string config = WriteConfig();
-    CliRunOptions options;
-    options.env["OCI_CLI_PROFILE"] = "locked";
-    options.env["OCI_CLI_CONFIG_FILE"] = config;
-    options.env["OCW_CONFIG"] = locked_->info().ini;
-    const CliResult r = OcwRaw({"regions"}, options);
-    EXPECT_EQ(r.exitCode, 0) << r.err;
-}
-
 TEST_F(CliProfiles, DefaultProfileWithAStrangersKeyIsRefused) {
-    const CliResult r = Run(WriteConfig(), {"compartments"});
+    const CliResult r = Run(WriteOciConfig(), {"compartments"});
     EXPECT_EQ(r.exitCode, 3) << r.err;
     EXPECT_NE(r.err.find("profile [DEFAULT]"), std::string::npos) << r.err;
 }
 
 TEST_F(CliProfiles, EncryptedKeyWithoutItsPassPhraseIsRefused) {
-    const CliResult r = Run(WriteConfig(), {"--profile", "nopass", "compartments"});
+    const CliResult r = Run(WriteOciConfig(), {"--profile", "nopass", "compartments"});
     EXPECT_EQ(r.exitCode, 3) << r.out << r.err;
 }
 
@@ -96,13 +84,13 @@ TEST_F(CliProfiles, WrongPassPhraseIsRefusedBeforeAnyRequestIsSigned) {
 }
 
 TEST_F(CliProfiles, UnknownProfileNamesTheProfilesThereAre) {
-    const CliResult r = Run(WriteConfig(), {"--profile", "prod", "regions"});
+    const CliResult r = Run(WriteOciConfig(), {"--profile", "prod", "regions"});
     EXPECT_EQ(r.exitCode, 3);
     EXPECT_NE(r.err.find("profiles: DEFAULT, locked, nopass"), std::string::npos) << r.err;
 }
 
 TEST_F(CliProfiles, PassPhraseAndKeyNeverAppearInOutputEvenAtFullVerbosity) {
-    const std::string config = WriteConfig();
+    const std::string config = WriteOciConfig();
     const CliResult ok = Run(config, {"-vvv", "--profile", "locked", "instances", "list"});
     ASSERT_EQ(ok.exitCode, 0) << ok.err;
     const CliResult failed = Run(config, {"-vvv", "--profile", "nopass", "instances", "list"});

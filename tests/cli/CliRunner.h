@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../support/TempDir.h"
+#include "TempDir.h"
 
 namespace ocwtest {
 

@@ -2,6 +2,7 @@
 // session cookie, the three kinds of GET, names, state timelines, 409/404,
 // orchestrations, and the admin interface on Classic routes.
 #include "ClassicClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -11,17 +12,19 @@
 #include <sstream>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
 
 const std::string kInvalidToken = "{\"message\": \"Authorization token is invalid\"}";
 
-class ClassicComputeTest : public ::testing::Test {
+class ClassicComputeTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        c_ = std::make_unique<ClassicClient>(SharedEmulator().info());
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<ClassicClient>(info());
         ASSERT_EQ(c_->login().status, 204);
     }
     std::string u() const { return c_->u(); }
@@ -84,7 +87,7 @@ TEST_F(ClassicComputeTest, CookieIsTakenPlainOrAsTheWholeSetCookieValueAndAnythi
 
 TEST_F(ClassicComputeTest, AdminEndsEverySessionAndRefreshNeedsALiveOne) {
     EXPECT_EQ(c_->get("/refresh/").status, 204);
-    Client admin(c_->info());
+    EmulatorClient admin(c_->info());
     EXPECT_EQ(ocwemu::JInt(admin.admin("GET", "classic/sessions").object(), "live").value_or(0) > 0, true);
     ASSERT_EQ(admin.admin("DELETE", "classic/sessions").status, 204);
     Response dead = c_->get("/shape/");
@@ -299,7 +302,7 @@ TEST_F(ClassicComputeTest, ActiveOrchestrationStartsItsInstanceAndShowsItsFullNa
 }
 
 TEST_F(ClassicComputeTest, FaultsHoldsAndTheRequestLogCoverClassicRoutes) {
-    Client admin(c_->info());
+    EmulatorClient admin(c_->info());
     Response rule = admin.admin(
         "POST", "faults", ocwemu::ToJson(JObject{{"pathPrefix", "/storage/volume"}, {"status", 503}, {"times", 1}}));
     ASSERT_EQ(rule.status, 200);
@@ -323,7 +326,7 @@ TEST_F(ClassicComputeTest, FaultsHoldsAndTheRequestLogCoverClassicRoutes) {
 }
 
 TEST(ClassicStartup, WritesAPrivateProfileAndNamesItInTheReadyLineWithoutThePassword) {
-    const ocwemu::EmulatorInfo& i = SharedEmulator().info();
+    const ocwemu::EmulatorInfo& i = SharedEmulator()->info();
     std::ifstream in(i.classicProfile);
     std::stringstream text;
     text << in.rdbuf();
@@ -341,4 +344,4 @@ TEST(ClassicStartup, WritesAPrivateProfileAndNamesItInTheReadyLineWithoutThePass
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

@@ -3,6 +3,7 @@
 // states, backups and recoveries to their jobs' ends, Java and MySQL backup,
 // restore and delete jobs, and failing jobs.
 #include "ClassicClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +11,18 @@
 #include <regex>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
 
-class ClassicPaasTest : public ::testing::Test {
+class ClassicPaasTest : public EmulatorTest {
 protected:
-    void SetUp() override { c_ = std::make_unique<ClassicClient>(SharedEmulator().info()); }
+    void SetUp() override {
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<ClassicClient>(info());
+    }
     std::string dom() const { return c_->info().identityDomain; }
     std::string dbcs() const { return "/paas/service/dbcs/api/v1.1/instances/" + dom(); }
     std::string mgmt(const std::string& type) const {
@@ -148,7 +153,7 @@ TEST_F(ClassicPaasTest, AJobHeldInFailedReportsTheFailure) {
     Response backup = c_->paas("POST", dbcs() + "/orcl-db/backups/", "{}");
     ASSERT_EQ(backup.status, 202);
     const std::string id = backup.header("Location").substr(backup.header("Location").rfind('/') + 1);
-    Client admin(c_->info());
+    EmulatorClient admin(c_->info());
     ASSERT_EQ(admin.admin("POST", "faults", ocwemu::ToJson(JObject{{"resourceId", id}, {"state", "Failed"}})).status,
               200);
     JObject job = c_->paas("GET", pathOf(backup.header("Location"))).object();
@@ -198,4 +203,4 @@ TEST_F(ClassicPaasTest, JavaAndMySqlBackupRestoreAndDeleteJobsRunToTheirEnds) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

@@ -2,7 +2,8 @@
 // its members or its state change. These cases make sure a kept text never
 // outlives the change that should replace it, and that lists built from kept
 // texts are the same bytes a serialiser would write.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 #include "common/Store.h"
 #include "oci/OciService.h"
 
@@ -11,7 +12,7 @@
 #include <chrono>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
@@ -64,11 +65,12 @@ TEST(RenderedJson, FollowsEveryEditStateStepAndHold) {
         << "the kept text is what rendering afresh gives";
 }
 
-class RenderCacheTest : public ::testing::Test {
+class RenderCacheTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        c_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(c_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<EmulatorClient>(info());
         demo_ = c_->compartment("ocw-demo");
     }
     // The listed instance with that id (an empty object when absent).
@@ -77,7 +79,7 @@ protected:
             if (JStr(v.as_object(), "id") == id) return v.as_object();
         return {};
     }
-    std::unique_ptr<Client> c_;
+    std::unique_ptr<EmulatorClient> c_;
     std::string demo_;
 };
 
@@ -117,4 +119,4 @@ TEST_F(RenderCacheTest, ListsShowAnUpdateAndASettledStateRightAway) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

@@ -1,7 +1,8 @@
 // Service behaviour beyond lifecycles: the compartment tree, object storage
 // listings, bucket rules, VNICs, images captured from instances, boot volumes
 // from backups, DB node actions and free-text search.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,16 +10,17 @@
 #include <set>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using ocwemu::JStr;
 
-class ServicesTest : public ::testing::Test {
+class ServicesTest : public EmulatorTest {
 protected:
     void SetUp() override {
-        c_ = std::make_unique<Client>(SharedEmulator().info());
-        ASSERT_EQ(c_->admin("POST", "reset").status, 200);
+        EmulatorTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        c_ = std::make_unique<EmulatorClient>(info());
         ns_ = c_->info().namespaceName;
         demo_ = c_->compartment("ocw-demo");
     }
@@ -35,7 +37,7 @@ protected:
         for (const auto& v : items) out.insert(JStr(v.as_object(), key));
         return out;
     }
-    std::unique_ptr<Client> c_;
+    std::unique_ptr<EmulatorClient> c_;
     std::string ns_, demo_;
 };
 
@@ -131,37 +133,6 @@ TEST_F(ServicesTest, CapturingAnImageMarksTheInstanceCreatingImage) {
               (std::set<std::string>{"golden"}));
 }
 
-TEST_F(ServicesTest, BootVolumeRestoredFromABackupLaunchesAnInstance) {
-    JArray inst = c_->listAll("/20160918/instances?compartmentId=" + demo_);
-    JObject first = inst[0].as_object();
-    const std::string ad = JStr(first, "availabilityDomain");
-    JArray boot = c_->get("/20160918/bootVolumeAttachments?availabilityDomain=" + UrlEncode(ad) + "&compartmentId=" + demo_ +
-                          "&instanceId=" + JStr(first, "id")).array();
-    Response backup = c_->post("/20160918/bootVolumeBackups", JObject{{"bootVolumeId", JStr(boot.at(0).as_object(), "bootVolumeId")}});
-    ASSERT_EQ(backup.status, 200) << backup.body;
-    const std::string backupId = JStr(backup.object(), "id");
-    ASSERT_EQ(waitFor("/20160918/bootVolumeBackups/" + backupId, "AVAILABLE"), "AVAILABLE");
-    Response bv = c_->post("/20160918/bootVolumes", JObject{{"compartmentId", demo_}, {"sourceDetails", JObject{{"type", "bootVolumeBackup"}, {"id", backupId}}}});
-    ASSERT_EQ(bv.status, 200) << bv.body;
-    EXPECT_EQ(JStr(bv.object(), "lifecycleState"), "RESTORING");
-    const std::string bvId = JStr(bv.object(), "id");
-    ASSERT_EQ(waitFor("/20160918/bootVolumes/" + bvId, "AVAILABLE"), "AVAILABLE");
-    std::string subnet;
-    for (const auto& s : c_->listAll("/20160918/subnets?compartmentId=" + demo_))
-        if (s.as_object().at("availabilityDomain").is_null()) subnet = JStr(s.as_object(), "id");
-    Response launched = c_->post("/20160918/instances/", JObject{{"compartmentId", demo_}, {"availabilityDomain", ad},
-                                                                {"shape", "VM.Standard2.1"},
-                                                                {"sourceDetails", JObject{{"sourceType", "bootVolume"}, {"bootVolumeId", bvId}}},
-                                                                {"createVnicDetails", JObject{{"subnetId", subnet}, {"assignPublicIp", true}}}});
-    ASSERT_EQ(launched.status, 200) << launched.body;
-    EXPECT_EQ(waitFor("/20160918/instances/" + JStr(launched.object(), "id"), "RUNNING"), "RUNNING");
-    Response twice = c_->post("/20160918/instances/", launched.json().is_object() ? JObject{{"compartmentId", demo_}, {"availabilityDomain", ad},
-                                                                {"shape", "VM.Standard2.1"},
-                                                                {"sourceDetails", JObject{{"sourceType", "bootVolume"}, {"bootVolumeId", bvId}}},
-                                                                {"createVnicDetails", JObject{{"subnetId", subnet}}}} : JObject{});
-    EXPECT_EQ(twice.status, 409) << "a boot volume in use cannot boot a second instance";
-}
-
 TEST_F(ServicesTest, DbNodeActionsStopAndStartTheNode) {
     const std::string dbc = c_->compartment("ocw-demo-db");
     JArray nodes = c_->listAll("/20160918/dbNodes?compartmentId=" + dbc);
@@ -187,40 +158,6 @@ TEST_F(ServicesTest, TerminatingADbSystemTerminatesItsParts) {
             EXPECT_EQ(JStr(r.as_object(), "lifecycleState"), "TERMINATED") << kind;
 }
 
-TEST_F(ServicesTest, DatabasePathsWithoutTheVersionAreUnknownPaths) {
-    const std::string dbc = c_->compartment("ocw-demo-db");
-    JArray systems = c_->listAll("/20160918/dbSystems?compartmentId=" + dbc);
-    ASSERT_EQ(systems.size(), 1u);
-    const std::string sys = JStr(systems[0].as_object(), "id");
-    JArray nodes = c_->listAll("/20160918/dbNodes?compartmentId=" + dbc + "&dbSystemId=" + sys);
-    ASSERT_EQ(nodes.size(), 1u);
-    const std::string node = JStr(nodes[0].as_object(), "id");
-
-    const Response unknown = c_->get("/20160918/nonsense");
-    ASSERT_EQ(unknown.status, 404);
-    const JObject unknownBody = unknown.object();
-    const std::vector<std::pair<std::string, std::string>> unversioned{
-        {"GET", "/dbSystems/" + sys},
-        {"GET", "/dbSystems?compartmentId=" + dbc},
-        {"GET", "/dbNodes?compartmentId=" + dbc + "&dbSystemId=" + sys},
-        {"GET", "/dbNodes/" + node},
-        {"GET", "/databases?compartmentId=" + dbc},
-        {"POST", "/dbNodes/" + node + "?action=STOP"},
-        {"DELETE", "/dbSystems/" + sys},
-    };
-    for (const auto& call : unversioned) {
-        const Response r = c_->send(call.first, call.second);
-        EXPECT_EQ(r.status, 404) << call.first << " " << call.second;
-        EXPECT_EQ(r.object(), unknownBody) << call.first << " " << call.second;
-        EXPECT_FALSE(r.header("opc-request-id").empty());
-    }
-    // Nothing above reached the database service.
-    EXPECT_EQ(JStr(c_->get("/20160918/dbSystems/" + sys).object(), "lifecycleState"), "AVAILABLE");
-    EXPECT_EQ(JStr(c_->get("/20160918/dbNodes/" + node).object(), "lifecycleState"), "AVAILABLE");
-    JObject stats = c_->admin("GET", "stats").object();
-    EXPECT_EQ(stats["byPattern"].as_object()["unmatched"], JValue(unversioned.size() + 1)) << ocwemu::ToJson(stats);
-}
-
 TEST_F(ServicesTest, FreeTextSearchMatchesDisplayNames) {
     Response r = c_->send("POST", "/20180409/resources?limit=100",
                           ocwemu::ToJson(JObject{{"type", "FreeText"}, {"text", "ocw-web"}}));
@@ -236,4 +173,4 @@ TEST_F(ServicesTest, FreeTextSearchMatchesDisplayNames) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

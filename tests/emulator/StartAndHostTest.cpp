@@ -1,15 +1,16 @@
 // What a new user meets first: answers readable by every client whatever
 // encodings it accepts, a busy port refused at start, and hosts of regions
 // the tenancy cannot reach answered as the cloud answers them.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 
 #include <gtest/gtest.h>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 TEST(EmulatorAnswers, AreNotCompressedForClientsThatAcceptBrotliOrGzip) {
-    const ocwemu::EmulatorInfo& i = SharedEmulator().info();
+    const ocwemu::EmulatorInfo& i = SharedEmulator()->info();
     httplib::SSLClient http("127.0.0.1", i.port);
     http.set_ca_cert_path(i.caFile.c_str());
     http.set_decompress(false);
@@ -24,14 +25,14 @@ TEST(EmulatorAnswers, AreNotCompressedForClientsThatAcceptBrotliOrGzip) {
 TEST(EmulatorStart, FailsWithAddressInUseOnTheBusyPortOfAnotherEmulator) {
     ocwemu::EmulatorOptions o;
     o.seed = "empty";
-    o.port = SharedEmulator().info().port;
+    o.port = SharedEmulator()->info().port;
     ocwemu::Emulator second(o);
     EXPECT_FALSE(second.start());
     EXPECT_NE(second.lastError().find("address in use"), std::string::npos) << second.lastError();
 }
 
 TEST(EmulatorRegions, UnsubscribedRegionsRefuseTheTenancyAndUnknownOnesCannotBeReached) {
-    Client c(SharedEmulator().info());
+    EmulatorClient c(SharedEmulator()->info());
     const std::string target = "/20160918/tenancies/" + c.info().tenancy;
     struct Case {
         std::string host;
@@ -46,9 +47,9 @@ TEST(EmulatorRegions, UnsubscribedRegionsRefuseTheTenancyAndUnknownOnesCannotBeR
         Response r = c.get(target, o);
         EXPECT_EQ(r.status, k.status) << k.host;
         if (k.status == 401) EXPECT_EQ(ocwemu::JStr(r.object(), "code"), "NotAuthenticated");
-        if (k.status == 0) c = Client(c.info());  // a fresh connection after the dropped one
+        if (k.status == 0) c = EmulatorClient(c.info());  // a fresh connection after the dropped one
     }
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

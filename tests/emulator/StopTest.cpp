@@ -4,7 +4,8 @@
 //
 // The client here is a bare socket with OpenSSL on top, so the test sees
 // exactly when the server closes the connection.
-#include "EmuTestClient.h"
+#include "EmulatorClient.h"
+#include "EmulatorFixture.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -21,7 +22,7 @@
 #include <string>
 #include <thread>
 
-namespace emutest {
+namespace ocwtest {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -180,4 +181,4 @@ TEST_F(EmulatorStop, AnswersTheRequestInFlightBeforeClosing) {
 }
 
 }  // namespace
-}  // namespace emutest
+}  // namespace ocwtest

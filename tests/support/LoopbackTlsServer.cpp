@@ -45,7 +45,8 @@ LoopbackTlsServer::LoopbackTlsServer(Options options) : m_options(std::move(opti
             std::lock_guard<std::mutex> lock(m_mutex);
             m_remotePorts.insert(req.remote_port);
         }
-        return m_preRouting ? m_preRouting(req, res) : httplib::Server::HandlerResponse::Unhandled;
+        (void)res;
+        return httplib::Server::HandlerResponse::Unhandled;
     });
     // Runs after the handler and before the answer is written, so the record
     // is complete by the time the client sees the answer.
@@ -67,10 +68,6 @@ LoopbackTlsServer::~LoopbackTlsServer() {
 }
 
 httplib::Server& LoopbackTlsServer::server() { return *m_server; }
-
-void LoopbackTlsServer::setPreRouting(httplib::Server::HandlerWithResponse handler) {
-    m_preRouting = std::move(handler);
-}
 
 void LoopbackTlsServer::start() {
     if (m_started) return;
@@ -106,7 +103,6 @@ void LoopbackTlsServer::record(const httplib::Request& req, const httplib::Respo
     r.path = req.path;
     r.headers = req.headers;
     r.body = req.body;
-    r.remotePort = req.remote_port;
     r.status = res.status;
     std::lock_guard<std::mutex> lock(m_mutex);
     m_remotePorts.insert(req.remote_port);
@@ -133,12 +129,6 @@ RecordedRequest LoopbackTlsServer::lastRequest() const {
     return m_requests.empty() ? RecordedRequest() : m_requests.back();
 }
 
-void LoopbackTlsServer::clearRecords() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_remotePorts.clear();
-    m_requests.clear();
-}
-
 ScopedConfigFile::ScopedConfigFile(const std::string& iniText)
     : m_previous(OracleCloudSDKWrapper::PlatformConfig::getConfigFile()) {
     std::string pattern = (std::filesystem::temp_directory_path() / "ocw-config-XXXXXX.ini").string();
@@ -150,21 +140,25 @@ ScopedConfigFile::ScopedConfigFile(const std::string& iniText)
     OracleCloudSDKWrapper::PlatformConfig::setConfigFile(m_path);
 }
 
-ScopedConfigFile::ScopedConfigFile(const Sections& sections) : ScopedConfigFile(ToIni(sections)) {}
+namespace {
 
-ScopedConfigFile::~ScopedConfigFile() {
-    OracleCloudSDKWrapper::PlatformConfig::setConfigFile(m_previous);
-    std::error_code ec;
-    std::filesystem::remove(m_path, ec);
-}
-
-std::string ScopedConfigFile::ToIni(const Sections& sections) {
+std::string ToIni(const ScopedConfigFile::Sections& sections) {
     std::string text;
     for (const auto& section : sections) {
         text += "[" + section.first + "]\n";
         for (const auto& kv : section.second) text += kv.first + "=" + kv.second + "\n";
     }
     return text;
+}
+
+}  // namespace
+
+ScopedConfigFile::ScopedConfigFile(const Sections& sections) : ScopedConfigFile(ToIni(sections)) {}
+
+ScopedConfigFile::~ScopedConfigFile() {
+    OracleCloudSDKWrapper::PlatformConfig::setConfigFile(m_previous);
+    std::error_code ec;
+    std::filesystem::remove(m_path, ec);
 }
 
 }  // namespace ocwtest

@@ -2,18 +2,6 @@
 // A real HTTPS server on 127.0.0.1 for transport tests, and a scoped INI file
 // that points the library's configuration at it.
 //
-// Typical use:
-//
-//   ocwtest::LoopbackTlsServer srv;                       // binds an ephemeral port
-//   srv.server().Get("/x", [](const httplib::Request&, httplib::Response& res) {
-//       res.set_content("{}", "application/json");
-//   });
-//   srv.start();                                          // serves on a background thread
-//   ocwtest::ScopedConfigFile cfg({{"VirtualServer", srv.clientConfig()}});
-//   HttpClient client;                                    // reads the configuration now
-//   client.SendHttpRequest(HTTP_REQ_GET, srv.url("/x"), ...);
-//   EXPECT_EQ(srv.connectionCount(), 1u);
-//
 // Destroy clients before the server: an open keep-alive connection holds a
 // server worker until its idle timeout (Options::keepAliveTimeoutSeconds).
 #include <httplib.h>
@@ -40,7 +28,6 @@ struct RecordedRequest {
     std::string path;    // without the query
     httplib::Headers headers;
     std::string body;
-    int remotePort = -1;
     int status = 0;  // status the server answered with
 
     // First value of the header (name without regard to case), empty if absent.
@@ -73,10 +60,8 @@ public:
 
     // Register handlers here before start(); httplib's routes are not
     // guarded, so registering while serving is a data race. The pre- and
-    // post-routing handlers are used for recording: use setPreRouting()
-    // instead of set_pre_routing_handler, and leave set_post_routing_handler alone.
+    // post-routing handlers are used for recording: leave them alone.
     httplib::Server& server();
-    void setPreRouting(httplib::Server::HandlerWithResponse handler);
 
     // Starts serving on the background thread and returns once the server
     // accepts connections. Throws std::runtime_error if it cannot.
@@ -99,7 +84,6 @@ public:
     size_t requestCount() const;
     std::vector<RecordedRequest> requests() const;
     RecordedRequest lastRequest() const;  // default-constructed when none
-    void clearRecords();
 
 private:
     void record(const httplib::Request& req, const httplib::Response& res);
@@ -110,7 +94,6 @@ private:
     int m_port = 0;
     std::thread m_thread;
     bool m_started = false;
-    httplib::Server::HandlerWithResponse m_preRouting;
 
     mutable std::mutex m_mutex;
     std::set<int> m_remotePorts;
@@ -132,7 +115,6 @@ public:
     ScopedConfigFile& operator=(const ScopedConfigFile&) = delete;
 
     const std::string& path() const { return m_path; }
-    static std::string ToIni(const Sections& sections);
 
 private:
     std::string m_path;

@@ -7,12 +7,13 @@
 
 #include <deque>
 #include <map>
+#include <tuple>
 
+#include "LogCapture.h"
 #include "LoopbackTlsServer.h"
 #include "oci/OracleCloudInfrastructureOperations.h"
 #include "parser/OracleCloudInfrastructureParser.h"
 #include "transport/OracleCloudBaseConnection.h"
-#include "../signing/LogCapture.h"
 
 using namespace OracleCloudSDKWrapper;
 
@@ -105,37 +106,33 @@ const std::string kPath = "/20160918/instances/ocid1.instance.oc1..i";
 
 }  // namespace
 
-TEST_F(OciStateWait, TunablesComeFromConfigurationWithDefaultsWhenAbsent) {
-    configure("5", "12");
-    EXPECT_EQ(m_ops->getOperationWaitTime(), 5u);
-    EXPECT_EQ(m_ops->getOperationTimeout(), 12u);
-
-    ocwtest::ScopedConfigFile empty("[VirtualServer]\n");
-    ClockedOperations defaults(m_connection.get(), &m_parser);
-    EXPECT_EQ(defaults.getOperationWaitTime(), 30u);
-    EXPECT_EQ(defaults.getOperationTimeout(), 2400u);
-    EXPECT_FALSE(defaults.SetOperationTimeout(5));  // this backend takes its timeout from configuration only
-    EXPECT_EQ(defaults.getOperationTimeout(), 2400u);
-}
-
-TEST_F(OciStateWait, NegativeConfiguredSecondsKeepTheDefault) {
-    configure("-1", "99999999999");
-    EXPECT_EQ(m_ops->getOperationWaitTime(), 30u);
+TEST_F(OciStateWait, TunablesComeFromConfigurationAndOutOfRangeValuesKeepTheDefaults) {
+    const std::tuple<const char*, const char*, unsigned, unsigned> cases[] = {
+        {"5", "12", 5, 12}, {"", "", 30, 2400}, {"-1", "99999999999", 30, 2400}};
+    for (const auto& c : cases) {
+        configure(std::get<0>(c), std::get<1>(c));
+        EXPECT_EQ(m_ops->getOperationWaitTime(), std::get<2>(c)) << std::get<0>(c);
+        EXPECT_EQ(m_ops->getOperationTimeout(), std::get<3>(c)) << std::get<1>(c);
+    }
+    EXPECT_FALSE(m_ops->SetOperationTimeout(5)) << "this backend takes its timeout from configuration only";
     EXPECT_EQ(m_ops->getOperationTimeout(), 2400u);
 }
 
 TEST_F(OciStateWait, PollsEveryIntervalAndFailsOnThePollPastTheTimeout) {
     configure("5", "12");
     m_connection->script(kPath, {Instance("STOPPING")});
-    ocw_test::LogCapture log;
+    ocwtest::LogCapture log;
     SVMInfoLib vm;
     EXPECT_FALSE(m_ops->WaitForObjectToReachEndState(kPath, vm, "STOPPED", ""));
     EXPECT_EQ(m_ops->pollTimes, (std::vector<uint64_t>{1005, 1010, 1015}));
     EXPECT_EQ(m_connection->reads.size(), 3u);
-    EXPECT_TRUE(log.contains("Current  status : [STOPPING], waiting for status to change"));
+    EXPECT_EQ(log.matching("Current  status : [STOPPING], waiting for status to change").size(), 3u);
     EXPECT_EQ(m_ops->GetLastError(), "Timeout waiting for status end state for  [ocid1.instance.oc1..i]");
-    EXPECT_TRUE(log.contains("0 bool OracleCloudSDKWrapper::COracleCloudInfrastructureOperations::"
-                             "WaitForObjectToReachEndState"));
+    auto timeout = log.matching("Timeout waiting for status end state for  [ocid1.instance.oc1..i]");
+    ASSERT_EQ(timeout.size(), 1u);
+    EXPECT_EQ(timeout[0].level, 0);
+    EXPECT_NE(timeout[0].signature.find("COracleCloudInfrastructureOperations::WaitForObjectToReachEndState"),
+              std::string::npos);
     EXPECT_TRUE(vm.state.empty());
 }
 
@@ -155,12 +152,12 @@ TEST_F(OciStateWait, ReachingTheEndStateCopiesOnlyTheState) {
 TEST_F(OciStateWait, InvalidStateFailsAtOnceBeforeTheTimeout) {
     configure("1", "3600");
     m_connection->script(kPath, {Instance("PROVISIONING"), Instance("TERMINATED")});
-    ocw_test::LogCapture log;
+    ocwtest::LogCapture log;
     SVMInfoLib vm;
     EXPECT_FALSE(m_ops->WaitForObjectToReachEndState(kPath, vm, "RUNNING", "TERMINATED"));
     EXPECT_EQ(m_connection->reads.size(), 2u);
-    EXPECT_TRUE(log.contains("Resource [ocid1.instance.oc1..i] went into invalid state[TERMINATED], while waiting "
-                             "for status to reach end state"));
+    EXPECT_EQ(log.errors(), std::vector<std::string>{"Resource [ocid1.instance.oc1..i] went into invalid "
+                                                      "state[TERMINATED], while waiting for status to reach end state"});
 }
 
 TEST_F(OciStateWait, FailedPollStopsTheWaitWithTheServiceMessage) {

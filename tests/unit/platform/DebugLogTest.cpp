@@ -1,137 +1,77 @@
+// The log: what a line carries to the sink, which lines the threshold lets
+// through, and the default sink's format.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "LogCapture.h"
 #include "LoopbackTlsServer.h"
 #include "platform/DebugLog.h"
 
 using namespace OracleCloudSDKWrapper;
+using ocwtest::LogCapture;
 
 namespace {
-
-struct Captured {
-    int level;
-    unsigned long jobId;
-    std::string signature;
-    std::string text;
-};
-
-class DebugLogTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_prev = DebugLog::SetSink([this](const LogRecord& r) {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            records.push_back({r.level, r.jobId, r.signature, r.text});
-        });
-    }
-    void TearDown() override {
-        DebugLog::SetSink(m_prev);
-        DebugLog::ResetThreshold();
-        EventBase::setDefaultJobId(0);
-    }
-    std::vector<Captured> records;
-    std::mutex m_mutex;
-
-private:
-    LogSink m_prev;
-};
 
 struct Worker : EventBase {
     void Run(int n) { OCW_LOG_ERROR(this, "failed [%d] of [%s]", n, "vol-1"); }
 };
 
-TEST_F(DebugLogTest, DeliversFormattedTextWithCallerSignatureAndJobId) {
+}  // namespace
+
+TEST(DebugLog, LineCarriesFormattedTextCallerSignatureAndJobId) {
+    LogCapture log(-1);
+    EventBase::setDefaultJobId(7);
     Worker w;
     w.setJobId(42);
     w.Run(3);
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0].level, 0);
-    EXPECT_EQ(records[0].jobId, 42u);
-    EXPECT_EQ(records[0].text, "failed [3] of [vol-1]");
-    EXPECT_NE(records[0].signature.find("Worker::Run(int)"), std::string::npos) << records[0].signature;
-}
-
-TEST_F(DebugLogTest, UsesDefaultJobIdForContextsWithoutOwnId) {
-    EventBase::setDefaultJobId(7);
     DebugLog plain;
-    EventBase tagged;
-    tagged.setJobId(9);
     OCW_LOG_ERROR(&plain, "a");
-    OCW_LOG_ERROR(&tagged, "b");
-    OCW_LOG_ERROR(nullptr, "c");
-    ASSERT_EQ(records.size(), 3u);
-    EXPECT_EQ(records[0].jobId, 7u);
-    EXPECT_EQ(records[1].jobId, 9u);
-    EXPECT_EQ(records[2].jobId, 7u);
+    OCW_LOG_ERROR(nullptr, "%s|end", std::string(10000, 'z').c_str());
+    EventBase::setDefaultJobId(0);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0].level, 0);
+    EXPECT_EQ(lines[0].jobId, 42u);
+    EXPECT_EQ(lines[0].text, "failed [3] of [vol-1]");
+    EXPECT_NE(lines[0].signature.find("Worker::Run(int)"), std::string::npos) << lines[0].signature;
+    EXPECT_EQ(lines[1].jobId, 7u) << "contexts without an id of their own take the default";
+    EXPECT_EQ(lines[2].jobId, 7u);
+    EXPECT_EQ(lines[2].text, std::string(10000, 'z') + "|end") << "long lines stay whole";
 }
 
-TEST_F(DebugLogTest, DropsLinesAboveTheConfiguredThreshold) {
+TEST(DebugLog, ConfiguredThresholdDropsHigherLevelsUntilAnExplicitOneOverridesIt) {
+    LogCapture log(-1);
     DebugLog ctx;
     {
         ocwtest::ScopedConfigFile cfg("[Base]\nnLogLevel=2\n");
-        EXPECT_EQ(DebugLog::GetThreshold(), 2);
         OCW_LOG_DEBUG(&ctx, "level one");
         OCW_LOG_LVL(2, &ctx, "level two");
         OCW_LOG_LVL(3, &ctx, "level three");
+        DebugLog::SetThreshold(7);
+        OCW_LOG_LVL(7, &ctx, "signing string");
+        DebugLog::ResetThreshold();
+        EXPECT_EQ(DebugLog::GetThreshold(), 2);
     }
-    ASSERT_EQ(records.size(), 2u);
-    EXPECT_EQ(records[0].level, 1);
-    EXPECT_EQ(records[1].text, "level two");
     // Without the file the threshold is 0 again: errors only.
-    EXPECT_EQ(DebugLog::GetThreshold(), 0);
     OCW_LOG_DEBUG(&ctx, "dropped");
     OCW_LOG_ERROR(&ctx, "kept");
-    ASSERT_EQ(records.size(), 3u);
-    EXPECT_EQ(records[2].text, "kept");
+    std::vector<std::string> texts;
+    for (const auto& line : log.lines()) texts.push_back(line.text);
+    EXPECT_EQ(texts, (std::vector<std::string>{"level one", "level two", "signing string", "kept"}));
 }
 
-TEST_F(DebugLogTest, ExplicitThresholdOverridesConfigurationUntilReset) {
-    ocwtest::ScopedConfigFile cfg("[Base]\nnLogLevel=1\n");
-    DebugLog ctx;
-    DebugLog::SetThreshold(7);
-    EXPECT_TRUE(DebugLog::IsEnabled(7));
-    OCW_LOG_LVL(7, &ctx, "signing string");
-    DebugLog::SetThreshold(0);
-    EXPECT_TRUE(DebugLog::IsEnabled(0)) << "errors are always delivered";
-    EXPECT_FALSE(DebugLog::IsEnabled(1));
-    DebugLog::ResetThreshold();
-    EXPECT_EQ(DebugLog::GetThreshold(), 1);
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0].level, 7);
-}
-
-TEST_F(DebugLogTest, SetSinkReturnsPreviousSinkForChaining) {
-    std::vector<std::string> second;
-    LogSink first = DebugLog::SetSink([&](const LogRecord& r) { second.push_back(r.text); });
-    ASSERT_TRUE(static_cast<bool>(first));
-    OCW_LOG_ERROR(nullptr, "to second");
-    DebugLog::SetSink(first);
-    OCW_LOG_ERROR(nullptr, "to first");
-    ASSERT_EQ(second.size(), 1u);
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0].text, "to first");
-}
-
-TEST_F(DebugLogTest, DefaultSinkWritesSignaturePrefixedLinesToStderr) {
+TEST(DebugLog, DefaultSinkWritesSignaturePrefixedLinesToStderr) {
     DebugLog::SetSink(nullptr);
     testing::internal::CaptureStderr();
     DebugLog::Error(nullptr, "bool X::Y(int)", "value [%s] %d%%", "v", 5);
-    std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(err, "bool X::Y(int): value [v] 5%\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "bool X::Y(int): value [v] 5%\n");
 }
 
-TEST_F(DebugLogTest, KeepsLongLinesWhole) {
-    std::string big(10000, 'z');
-    OCW_LOG_ERROR(nullptr, "%s|end", big.c_str());
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0].text, big + "|end");
-}
-
-TEST_F(DebugLogTest, AcceptsLinesFromManyThreads) {
+TEST(DebugLog, AcceptsLinesFromManyThreads) {
+    LogCapture log;
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([t] {
@@ -140,7 +80,5 @@ TEST_F(DebugLogTest, AcceptsLinesFromManyThreads) {
             for (int i = 0; i < 250; ++i) DebugLog::Error(&ctx, "sig", "t%d i%d", t, i);
         });
     for (auto& th : threads) th.join();
-    EXPECT_EQ(records.size(), 1000u);
+    EXPECT_EQ(log.lines().size(), 1000u);
 }
-
-}  // namespace

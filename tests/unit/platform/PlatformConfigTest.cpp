@@ -32,38 +32,37 @@ const char* const kIni =
     "dRoot=/\n"
     "nLogLevel=4\n";
 
-TEST(PlatformConfig, ReadsTrimmedValuesBySectionAndKey) {
+TEST(PlatformConfig, ValuesAreReadBySectionAndKeyWithTheirRules) {
     ScopedConfigFile cfg(kIni);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "nOCIPageLimit", 0), 50);
+    struct Case {
+        const char* section;
+        const char* key;
+        long long fallback;
+        long long number;
+    };
+    const Case numbers[] = {
+        {"VirtualServer", "nOCIPageLimit", 0, 50},       // blanks and CR trimmed
+        {"virtualserver", "NOCIPAGELIMIT", 0, 50},       // names without regard to case
+        {"Base", "nLogLevel", 0, 4},                     // blanks inside the brackets trimmed
+        {"", "toplevel", 0, 1},
+        {"VirtualServer", "toplevel", 9, 9},             // keys do not leak across sections
+        {"VirtualServer", "nDup", 0, 2},                 // the later duplicate wins
+        {"VirtualServer", "nNegative", 0, -7},
+        {"VirtualServer", "nMissing", 30, 30},
+        {"NoSuchSection", "nOCIPageLimit", 3, 3},
+        {"VirtualServer", "nNotNumber", 5, 5},
+        {"VirtualServer", "nEmpty", 6, 6},
+        {"VirtualServer", "sOCIRequestRetryIntervalMultiplier", 2, 2},
+    };
+    for (const Case& c : numbers) {
+        EXPECT_EQ(PlatformConfig::getNumber(c.section, c.key, c.fallback), c.number) << c.section << "/" << c.key;
+    }
     EXPECT_EQ(PlatformConfig::getStringTrim("VirtualServer", "sOCIRequestRetryIntervalMultiplier"), "1.5");
     EXPECT_EQ(PlatformConfig::getStringTrim("VirtualServer", "sProxyPassword"), "a;b#c=d")
         << "no inline comments: values may hold ';', '#' and '='";
-    EXPECT_EQ(PlatformConfig::getNumber("Base", "nLogLevel", 0), 4) << "blanks inside the brackets are trimmed";
-    EXPECT_EQ(PlatformConfig::getNumber("", "toplevel", 0), 1);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "toplevel", 9), 9) << "keys do not leak across sections";
-}
-
-TEST(PlatformConfig, MatchesNamesWithoutRegardToCaseAndLetLaterDuplicatesWin) {
-    ScopedConfigFile cfg(kIni);
-    EXPECT_EQ(PlatformConfig::getNumber("virtualserver", "NOCIPAGELIMIT", 0), 50);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "nDup", 0), 2);
-}
-
-TEST(PlatformConfig, KeepsDefaultForAbsentOrNonNumericValues) {
-    ScopedConfigFile cfg(kIni);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "nMissing", 30), 30);
-    EXPECT_EQ(PlatformConfig::getNumber("NoSuchSection", "nOCIPageLimit", 3), 3);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "nNotNumber", 5), 5);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "nEmpty", 6), 6);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "sOCIRequestRetryIntervalMultiplier", 2), 2);
-    EXPECT_EQ(PlatformConfig::getNumber("VirtualServer", "nNegative", 0), -7);
     EXPECT_EQ(PlatformConfig::getStringTrim("VirtualServer", "sMissing", "dflt"), "dflt");
     EXPECT_EQ(PlatformConfig::getStringTrim("VirtualServer", "nEmpty", "dflt"), "") << "present but empty";
-}
-
-TEST(PlatformConfig, DirectoryDropsTrailingSlashesButKeepsRoot) {
-    ScopedConfigFile cfg(kIni);
-    EXPECT_EQ(PlatformConfig::getDirectory("Base", "dBASEHOME"), "/opt/agent");
+    EXPECT_EQ(PlatformConfig::getDirectory("Base", "dBASEHOME"), "/opt/agent") << "trailing slashes dropped";
     EXPECT_EQ(PlatformConfig::getDirectory("Base", "dRoot"), "/");
     EXPECT_EQ(PlatformConfig::getDirectory("Base", "dMissing", "/def/"), "/def");
 }

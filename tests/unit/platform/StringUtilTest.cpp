@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
@@ -67,12 +66,6 @@ TEST(FileUtil, ReadFileGivesWholeContentsOrTheSystemErrorText) {
     EXPECT_EQ(contents, "");
     EXPECT_FALSE(FileUtil::ReadFile(dir.path(), contents, error));
     EXPECT_EQ(error, "Is a directory");
-}
-
-TEST(PlatformSleep, SleepsAtLeastTheGivenTime) {
-    auto start = std::chrono::steady_clock::now();
-    PlatformSleep(20);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
 }
 
 }  // namespace
