@@ -1,5 +1,7 @@
 #include "transport/OracleCloudBaseConnection.h"
 
+#include "platform/StringUtil.h"
+
 namespace OracleCloudSDKWrapper {
 
 COracleCloudBaseConnection::COracleCloudBaseConnection(COracleCloudParser* parser)
@@ -61,6 +63,14 @@ std::string COracleCloudBaseConnection::getHttpResponseHeader(const char* name) 
     }
     const char* line = httpClient->GetHttpResponseHeader(name);
     return line != nullptr ? std::string(line) : std::string();
+}
+
+std::string COracleCloudBaseConnection::headerLineValue(const std::string& line) {
+    const size_t colon = line.find(':');
+    if (colon == std::string::npos) {
+        return std::string();
+    }
+    return StringUtil::Trim(line.substr(colon + 1), "\n\r ");
 }
 
 EOracleServiceType COracleCloudBaseConnection::getService() { return service; }
