@@ -10,6 +10,12 @@
 // BM_SignedGet      one GetVMInfo without details (a single signed GET of one
 //                   instance) with the private key cache on and off: the
 //                   per-request price of re-reading and decoding the key.
+// BM_ClassicVMInfoList  GetVMInfoList over the Classic account of the same
+//                   emulator (its "scale" seed: kClassicInstances instances in
+//                   one user container, found by walking the directories).
+// BM_ClassicVMInfo  one Classic GetVMInfo with its disks, by full name (one
+//                   listing) and by short name (the walk first), each followed
+//                   by the instance's attachments and one read per volume.
 //
 // Both run on wall time, because the caller waits for the server. Counters
 // per iteration:
@@ -42,6 +48,8 @@ namespace {
 
 constexpr int kCompartments = 20;
 constexpr int kInstances = 10000;
+// The Classic half of the "scale" seed holds at most 500 instances.
+constexpr int kClassicInstances = 500;
 
 ocwemu::Emulator* SharedEmulator()
 {
@@ -206,8 +214,72 @@ void BM_SignedGet(benchmark::State& state)
     PrivateKeyCache::instance().setEnabled(true);
 }
 
+std::unique_ptr<COracleCloudWrapper> ConnectClassicFacade(const ocwemu::EmulatorInfo& info, std::string& error)
+{
+    auto facade = std::make_unique<COracleCloudWrapper>(ORACLE_CLOUD_CLASSIC);
+    if (!facade->Connect(info.classicEndpoint, info.identityDomain + "/" + info.classicUser, info.classicPassword,
+                         ORACLE_SERVICE_COMPUTE)) {
+        error = "Classic Connect failed: " + facade->GetLastError();
+        return nullptr;
+    }
+    return facade;
+}
+
+void BM_ClassicVMInfoList(benchmark::State& state)
+{
+    ocwemu::Emulator* emu = SharedEmulator();
+    std::string error;
+    std::unique_ptr<COracleCloudWrapper> facade =
+        emu != nullptr && UseConfig(emu->info(), 0) ? ConnectClassicFacade(emu->info(), error) : nullptr;
+    if (!facade) {
+        state.SkipWithError(emu == nullptr ? "emulator did not start" : error.c_str());
+        return;
+    }
+    std::vector<SVMInfoLib> vms;
+    const Usage before = Usage::now(*emu);
+    for (auto _ : state) {
+        vms.clear();
+        if (!facade->GetVMInfoList(vms, 0, "") || vms.size() != static_cast<size_t>(kClassicInstances)) {
+            error = "GetVMInfoList: " + std::to_string(vms.size()) + " instances; " + facade->GetLastError();
+            state.SkipWithError(error.c_str());
+            break;
+        }
+    }
+    ReportUsage(state, before, Usage::now(*emu));
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(vms.size()));
+}
+
+// state.range(0): 1 = by short name ("vm250"), 0 = by full name.
+void BM_ClassicVMInfo(benchmark::State& state)
+{
+    ocwemu::Emulator* emu = SharedEmulator();
+    std::string error;
+    std::unique_ptr<COracleCloudWrapper> facade =
+        emu != nullptr && UseConfig(emu->info(), 0) ? ConnectClassicFacade(emu->info(), error) : nullptr;
+    SVMInfoLib vm;
+    if (!facade || !facade->GetVMInfo("vm250", "", vm, 16, "")) {
+        state.SkipWithError(facade ? "no instance vm250" : error.c_str());
+        return;
+    }
+    const bool shortName = state.range(0) != 0;
+    const std::string name = shortName ? std::string("vm250") : vm.fullName;
+    const Usage before = Usage::now(*emu);
+    for (auto _ : state) {
+        if (!facade->GetVMInfo(name, "", vm, 16, "") || vm.disks.size() != 1) {
+            error = "GetVMInfo failed: " + facade->GetLastError();
+            state.SkipWithError(error.c_str());
+            break;
+        }
+    }
+    ReportUsage(state, before, Usage::now(*emu));
+    state.SetItemsProcessed(state.iterations());
+    state.SetLabel(shortName ? "short name" : "full name");
+}
+
 }  // namespace
 
+BENCHMARK(BM_ClassicVMInfoList)->MinTime(1.5)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ClassicVMInfo)->ArgName("short")->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_VMInfoList)->ArgName("page_limit")->Arg(100)->Arg(1000)->MinTime(1.5)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SignedGet)->ArgName("cache")->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMicrosecond);
 

@@ -297,12 +297,21 @@ public:
     bool RevertToIntegritySnapshot(const std::string& volumeUri, const std::string& snapshotUri,
                                    std::string& createdVolume);
 
-    // Configuration capture and orchestration restore. configs keys: ".json",
-    // and on Classic "_master.json", "_instance.json", "_storage.json".
+    // Configuration capture and orchestration restore.
+    // GetInstanceConfigurations assigns configs[".json"] (the instance's own
+    // document) and, on Classic, "_master.json", "_instance.json" and
+    // "_storage.json": the orchestrations "<name>_master", "_instance" and
+    // "_storage" beside the instance, each empty when it cannot be read (logged,
+    // not a failure). A Classic instanceName must be a full name (with "/").
     bool GetInstanceConfigurations(const std::string& instanceName, std::map<std::string, std::string>& configs);
+    // vm from a saved ".json" document.
     bool ReadInstanceConfig(const std::string& json, SVMInfoLib& vm);
+    // vm from the first instance of a saved orchestration ("oplans", "objects",
+    // "instances"); vm is left as it was when there is none.
     bool ReadInstanceOrchestration(const std::string& json, SVMInfoLib& vm);
-    // Classic: vm is replaced by the started instance's record.
+    // Classic: checks vm as for a restore, creates orchestration
+    // "<full name>_master" holding its instance, waits until it is active and
+    // replaces vm by the started instance's record. Waits on the caller's thread.
     bool DeployVMFromOrchestration(SVMInfoLib& vm);
 
     // Object storage (OCI): the tenant's namespace is looked up on every call.

@@ -15,7 +15,19 @@ std::string COracleCloudBaseOperations::getUser() const {
 }
 
 std::string COracleCloudBaseOperations::getDomain() const {
-    return m_connection != nullptr ? m_connection->getIdentityDomain() : std::string();
+    if (m_connection == nullptr) {
+        return std::string();
+    }
+    // Deliberate: a compute connection's identity domain is "Compute-acme",
+    // while object names begin "/Compute-acme/"; the operations build full
+    // names as getDomain() + "/" + user + "/" + name, so on a compute
+    // connection the leading "/" is put in front here. Other connections
+    // (PaaS, OCI) answer their identity domain unchanged.
+    const std::string domain = m_connection->getIdentityDomain();
+    if (m_connection->getService() == ORACLE_SERVICE_COMPUTE && !domain.empty()) {
+        return "/" + domain;
+    }
+    return domain;
 }
 
 // Unsupported operations fail quietly: nothing was attempted, so there is nothing

@@ -104,8 +104,12 @@ public:
     // Sends a DELETE for link; on failure the answer's message becomes the last error.
     virtual bool DeleteObjectFromLink(const std::string& link) = 0;
 
-    // Leading parts of Compute Classic object names, from the connection:
-    // getDomain() + "/" + getUser() + "/" + name is an object's full name.
+    // Leading parts of Compute Classic object names, from the connection.
+    // getUser() is the connection's user ("/Compute-acme/jdoe" once a compute
+    // connection logged in); getDomain() is "/Compute-acme" on a compute
+    // connection (the identity domain with a leading "/"), the identity domain
+    // otherwise. So getDomain() + "/" + user + "/" + name is the full name of
+    // an object that user owns.
     std::string getUser() const;
     std::string getDomain() const;
 

@@ -1,5 +1,9 @@
 #include "facade/OracleCloudErrorHandler.h"
 
+#include <cstdarg>
+#include <cstdio>
+
+#include "platform/DebugLog.h"
 #include "oraclecloud/OracleCloudMessageRecords.h"
 #include "parser/OracleCloudParser.h"
 
@@ -20,6 +24,26 @@ void COracleCloudErrorHandler::SetLastErrorFromResponse(const std::string& respo
         m_parser->ParseObject(response, message);
     }
     m_lastError = message.message;
+}
+
+void COracleCloudErrorHandler::SetLastErrorFromFailedRequest(const std::string& response,
+                                                             const std::string& senderError) {
+    if (response.empty()) {
+        m_lastError = senderError;
+    } else {
+        SetLastErrorFromResponse(response);
+    }
+}
+
+bool COracleCloudErrorHandler::failWith(const EventBase* ctx, const char* signature, const char* fmt, ...) {
+    char buffer[1024];
+    va_list args;
+    va_start(args, fmt);
+    vsnprintf(buffer, sizeof buffer, fmt, args);
+    va_end(args);
+    DebugLog::Error(ctx, signature, "%s", buffer);
+    m_lastError = buffer;
+    return false;
 }
 
 }  // namespace OracleCloudSDKWrapper

@@ -4,6 +4,7 @@
 namespace OracleCloudSDKWrapper {
 
 class COracleCloudParser;
+class EventBase;
 
 // Holds the text of the most recent failure of one backend object (connection,
 // queries or operations). The facade copies it after a delegated call returned
@@ -27,8 +28,21 @@ public:
     void SetLastError(const std::string& text) { m_lastError = text; }
 
 protected:
+    // After a failed request: the answer's "message" (as above), or, when no
+    // answer body came, senderError (the connection's text for a transfer or
+    // signing failure).
+    void SetLastErrorFromFailedRequest(const std::string& response, const std::string& senderError);
+    // Logs the formatted text as an error under `signature` (the caller's
+    // __PRETTY_FUNCTION__; see OCW_FAIL), makes it the last error and returns false.
+    bool failWith(const EventBase* ctx, const char* signature, const char* fmt, ...)
+        __attribute__((format(printf, 4, 5)));
+
     std::string m_lastError;
     COracleCloudParser* m_parser;
 };
 
 }  // namespace OracleCloudSDKWrapper
+
+// In a backend class with a DebugLog m_debugLog: fail with a logged text that
+// becomes the last error; yields false.
+#define OCW_FAIL(...) failWith(&m_debugLog, __PRETTY_FUNCTION__, __VA_ARGS__)

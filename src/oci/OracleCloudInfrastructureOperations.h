@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "facade/OperationPoller.h"
 #include "facade/OracleCloudBaseOperations.h"
 #include "platform/DebugLog.h"
 #include "platform/JsonHelper.h"
@@ -26,7 +27,7 @@ namespace OracleCloudSDKWrapper {
 //   operations (service 4) and object storage (service 7, paths under "/n").
 // Request bodies reach the log only through the connection, with secret
 // members (adminPassword, ...) masked.
-class COracleCloudInfrastructureOperations : public COracleCloudBaseOperations {
+class COracleCloudInfrastructureOperations : public COracleCloudBaseOperations, protected OperationPoller {
 public:
     // Neither pointer is owned. Reads the two wait tunables.
     COracleCloudInfrastructureOperations(COracleCloudBaseConnection* connection, COracleCloudParser* parser);
@@ -160,20 +161,12 @@ public:
     uint32_t getOperationWaitTime() const { return operationWaitTime; }
 
 protected:
-    // The clock and the pause of the waits; the only places a wait reads time
-    // or sleeps.
-    virtual uint64_t monotonicSeconds();
-    virtual void pauseBetweenPolls(uint32_t seconds);
-
     // Sets the last error after a failed request: the answer's "message", or
     // the connection's own text when no answer body came.
     void setLastErrorFromFailedRequest(const std::string& response);
     // POST of a serialised body to path on service; on failure the last error is set.
     bool postJson(EOracleServiceType service, const std::string& path, const std::string& body,
                   std::string& response);
-    // Logs the formatted text as an error under the caller's signature, makes
-    // it the last error and returns false.
-    bool failWith(const char* signature, const char* fmt, ...) __attribute__((format(printf, 3, 4)));
     // DELETE of path, then (with wait) the wait for goneState on path without
     // its query; see DeleteVM for the rules.
     template <typename T>

@@ -11,7 +11,7 @@
 
 // Logs an error with the calling operation's signature, makes the text the
 // last error and yields false.
-#define OCI_OPS_FAIL(...) failWith(__PRETTY_FUNCTION__, __VA_ARGS__)
+#define OCI_OPS_FAIL(...) OCW_FAIL(__VA_ARGS__)
 
 namespace OracleCloudSDKWrapper {
 namespace ocioperations {

@@ -1,6 +1,7 @@
 // The state waits of the OCI operations. Every operation that waits for the
-// cloud goes through these templates, so polling interval, timeout arithmetic
-// and messages live in this one place.
+// cloud goes through these templates, which run the poll loop shared with the
+// Classic backend (OperationPoller): polling interval and timeout arithmetic
+// live there, what a poll reads and the OCI messages live here.
 #include "oci/OracleCloudInfrastructureOperationsInternal.h"
 
 namespace OracleCloudSDKWrapper {
@@ -9,49 +10,56 @@ template <typename T>
 bool COracleCloudInfrastructureOperations::WaitForObjectToReachEndState(const std::string& path, T& record,
                                                                         const std::string& endState,
                                                                         const std::string& invalidState) {
-    const uint64_t start = monotonicSeconds();
-    for (;;) {
-        // The first poll comes after a full interval: a state read right after
-        // the request would only show the transition it started.
-        pauseBetweenPolls(operationWaitTime);
+    // Lines logged from inside the poll carry this function's signature.
+    const char* const where = __PRETTY_FUNCTION__;
+    std::string id;
+    std::string invalidSeen;
+    const WaitEnd end = pollUntilSettled(operationWaitTime, operationTimeout, [&] {
         std::string response;
         if (!m_connection->get(path, response, false, true)) {
             setLastErrorFromFailedRequest(response);
-            return false;
+            return PollResult::Failed;
         }
         T current{};
         if (m_parser == nullptr || !m_parser->ParseObject(response, current)) {
             SetLastError("Failed to parse response JSON");
-            return false;
+            return PollResult::Failed;
         }
         const std::string state = ocilifecycle::State(current);
+        id = ocilifecycle::Id(current);
         if (state == endState) {
             ocilifecycle::SetState(record, endState);
-            return true;
+            return PollResult::Done;
         }
         if (!invalidState.empty() && state == invalidState) {
-            return OCI_OPS_FAIL("Resource [%s] went into invalid state[%s], while waiting for status to reach end state",
-                                ocilifecycle::Id(current).c_str(), state.c_str());
+            invalidSeen = state;
+            return PollResult::Failed;
         }
-        OCW_LOG_DEBUG(&m_debugLog, "Current  status : [%s], waiting for status to change", state.c_str());
-        if (monotonicSeconds() - start > operationTimeout) {
-            return OCI_OPS_FAIL("Timeout waiting for status end state for  [%s]", ocilifecycle::Id(current).c_str());
-        }
+        DebugLog::Debug(&m_debugLog, where, "Current  status : [%s], waiting for status to change", state.c_str());
+        return PollResult::Pending;
+    });
+    if (end == WaitEnd::Done) return true;
+    if (!invalidSeen.empty()) {
+        return OCI_OPS_FAIL("Resource [%s] went into invalid state[%s], while waiting for status to reach end state",
+                            id.c_str(), invalidSeen.c_str());
     }
+    if (end == WaitEnd::TimedOut) {
+        return OCI_OPS_FAIL("Timeout waiting for status end state for  [%s]", id.c_str());
+    }
+    return false;
 }
 
 template <typename T>
 bool COracleCloudInfrastructureOperations::WaitForAllItemsToBeDeleted(std::vector<std::string> paths,
                                                                       const std::string& deletedState) {
     if (paths.empty()) return true;
-    const uint64_t start = monotonicSeconds();
-    for (;;) {
-        // Unlike the single-object wait, the budget is checked before sleeping.
-        if (monotonicSeconds() - start > operationTimeout) {
-            return OCI_OPS_FAIL("Timeout waiting for all items to be deleted");
-        }
-        OCW_LOG_DEBUG(&m_debugLog, "Waiting for %d item(s) to be deleted", static_cast<int>(paths.size()));
-        pauseBetweenPolls(operationWaitTime);
+    const char* const where = __PRETTY_FUNCTION__;
+    bool parseFailed = false;
+    // Unlike the single-object wait, each round announces itself before it sleeps.
+    const auto announce = [&] {
+        DebugLog::Debug(&m_debugLog, where, "Waiting for %d item(s) to be deleted", static_cast<int>(paths.size()));
+    };
+    const WaitEnd end = pollUntilSettled(operationWaitTime, operationTimeout, announce, [&] {
         for (auto it = paths.begin(); it != paths.end();) {
             std::string response;
             if (!m_connection->get(*it, response, false, true)) {
@@ -59,13 +67,14 @@ bool COracleCloudInfrastructureOperations::WaitForAllItemsToBeDeleted(std::vecto
                     it = paths.erase(it);
                     continue;
                 }
-                OCW_LOG_DEBUG(&m_debugLog, "Connection Error");
+                DebugLog::Debug(&m_debugLog, where, "Connection Error");
                 setLastErrorFromFailedRequest(response);
-                return false;
+                return PollResult::Failed;
             }
             T item{};
             if (m_parser == nullptr || !m_parser->ParseObject(response, item)) {
-                return OCI_OPS_FAIL("Error parsing the response JSON");
+                parseFailed = true;
+                return PollResult::Failed;
             }
             if (ocilifecycle::State(item) == deletedState) {
                 it = paths.erase(it);
@@ -73,11 +82,15 @@ bool COracleCloudInfrastructureOperations::WaitForAllItemsToBeDeleted(std::vecto
                 ++it;
             }
         }
-        if (paths.empty()) {
-            OCW_LOG_DEBUG(&m_debugLog, "All items deleted");
-            return true;
-        }
+        return paths.empty() ? PollResult::Done : PollResult::Pending;
+    });
+    if (end == WaitEnd::Done) {
+        OCW_LOG_DEBUG(&m_debugLog, "All items deleted");
+        return true;
     }
+    if (parseFailed) return OCI_OPS_FAIL("Error parsing the response JSON");
+    if (end == WaitEnd::TimedOut) return OCI_OPS_FAIL("Timeout waiting for all items to be deleted");
+    return false;
 }
 
 template <typename T>

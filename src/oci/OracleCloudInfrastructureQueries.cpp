@@ -58,7 +58,7 @@ std::string COracleCloudInfrastructureQueries::_GetNextPageTokenFromHeader(const
         return std::string();
     }
     OCW_LOG_LVL(2, &m_debugLog, "nextPageHeader: [%s]", header.c_str());
-    std::string token = StringUtil::Trim(header.substr(colon + 1), "\n\r ");
+    std::string token = COracleCloudBaseConnection::headerLineValue(header);
     OCW_LOG_LVL(2, &m_debugLog, "nextPageToken: [%s]", token.c_str());
     return token;
 }

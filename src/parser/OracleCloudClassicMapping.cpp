@@ -78,6 +78,17 @@ bool COracleCloudParser::Convert(const JsonObject& obj, SVMInfoLib& out) {
     std::vector<std::string> parts = StringUtil::Split(out.fullName, '/');
     out.compartmentId = parts.size() > 3 ? parts[2] : GetStringValue(obj, "hostname");
     ConvertNestedList(obj, "storage_attachments", out.disks);
+    // An instance that boots from a volume says which slot in "boot_order";
+    // its attachment entries carry no boot flag of their own, so the disk in
+    // that slot is marked bootable (a saved document must launch again).
+    if (const JsonArray* bootOrder = FindArrayValue(obj, "boot_order")) {
+        if (!bootOrder->empty() && bootOrder->front().is_int64()) {
+            out.bootDiskIndex = ClampToInt(bootOrder->front().get_int64());
+            for (SDiskInfoLib& disk : out.disks) {
+                if (disk.index == out.bootDiskIndex) disk.bootable = true;
+            }
+        }
+    }
     return true;
 }
 
@@ -207,18 +218,31 @@ bool COracleCloudParser::Convert(const JsonObject& obj, SOrchestrationInfoLib& o
     for (const JsonValue& element : *objects) {
         const JsonObject* entry = element.if_object();
         if (entry == nullptr) continue;
-        // A launch-plan object lists its instances; an orchestration (v2)
-        // object of type "Instance" carries the instance in its template.
+        // An object that lists the instances it started (a launch-plan object,
+        // or an orchestration object as the service shows it) names the real
+        // instance; an empty list means it has not started one.
         if (const JsonArray* instances = FindArrayValue(*entry, "instances")) {
             for (const JsonValue& instance : *instances) {
                 if (const JsonObject* vm = instance.if_object()) return Convert(*vm, out.vm);
             }
+            continue;
         }
+        // Otherwise an object of type "Instance" carries only the requested
+        // instance in its template (a saved or an inactive orchestration).
         if (GetStringValue(*entry, "type") == "Instance") {
-            if (const JsonObject* tmpl = FindObjectValue(*entry, "template")) return Convert(*tmpl, out.vm);
+            if (const JsonObject* tmpl = FindObjectValue(*entry, "template")) {
+                const bool converted = Convert(*tmpl, out.vm);
+                ReadAsRequestedInstance(out.vm);
+                return converted;
+            }
         }
     }
     return true;
+}
+
+void COracleCloudParser::ReadAsRequestedInstance(SVMInfoLib& vm) {
+    vm.vmName = GetRSubStrFromLastSlash(vm.fullName);
+    vm.guid.clear();
 }
 
 // ---- records without a Classic source --------------------------------------

@@ -324,13 +324,18 @@ bool COracleCloudParser::ExtractIPNetworksAndSecurity(const JsonObject& networki
     std::sort(interfaces.begin(), interfaces.end(),
               [](const auto& a, const auto& b) { return a.first < b.first; });
     for (const auto& entry : interfaces) {
-        if (entry.first == "eth0") {
+        // An instance without security lists has its first IP network on
+        // eth0 (that is how launches number them): only an eth0 without
+        // "ipnetwork" is the shared network.
+        if (entry.first == "eth0" && entry.second->if_contains("ipnetwork") == nullptr) {
             ConvertNestedList(*entry.second, "seclists", groups);
             continue;
         }
         SVNicInfoLib vnic;
         vnic.id = GetStringValue(*entry.second, "ipnetwork");
         vnic.name = GetRSubStrFromLastSlash(vnic.id);
+        // The interface's static address, so that a relaunch keeps it.
+        vnic.privateIp = GetStringValue(*entry.second, "ip");
         vnics.push_back(std::move(vnic));
     }
     return true;

@@ -232,11 +232,18 @@ public:
     static std::string GetRSubStrFromLastSlash(const std::string& s);
 
     // The "networking" map of a Classic instance: members are visited in key
-    // order; "eth0" (the shared network) contributes its "seclists" as security
-    // groups, every other interface one SVNicInfoLib named after its
-    // "ipnetwork". Always true.
+    // order; "eth0" (the shared network, unless it names an "ipnetwork")
+    // contributes its "seclists" as security groups, every other interface
+    // one SVNicInfoLib named after its "ipnetwork" (privateIp: its "ip").
+    // Always true.
     bool ExtractIPNetworksAndSecurity(const JsonObject& networking, std::vector<SVNicInfoLib>& vnics,
                                       std::vector<SSecurityGroupInfoLib>& groups);
+
+    // A requested instance (an entry of a launch plan or an orchestration's
+    // template) is named without the uuid a running instance has: its vmName
+    // is the last part of its name, and it has no uuid. Applied to a VM record
+    // converted from such a request.
+    static void ReadAsRequestedInstance(SVMInfoLib& vm);
 
     // A DBCS job-status document: "job_status" into jobStatus, the "message"
     // entries (joined by "\n") into message, and the backup tag of a

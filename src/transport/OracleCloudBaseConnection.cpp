@@ -66,6 +66,14 @@ std::string COracleCloudBaseConnection::getHttpResponseHeader(const char* name) 
     return line != nullptr ? std::string(line) : std::string();
 }
 
+std::string COracleCloudBaseConnection::headerLineValue(const std::string& line) {
+    const size_t colon = line.find(':');
+    if (colon == std::string::npos) {
+        return std::string();
+    }
+    return StringUtil::Trim(line.substr(colon + 1), "\n\r ");
+}
+
 EOracleServiceType COracleCloudBaseConnection::getService() { return service; }
 void COracleCloudBaseConnection::setService(const EOracleServiceType& newService) { service = newService; }
 

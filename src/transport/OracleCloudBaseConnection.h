@@ -59,6 +59,11 @@ public:
     // The whole raw header line of the last answer ("Name: value\r\n"), or empty
     // when name is null or the answer had no such header.
     virtual std::string getHttpResponseHeader(const char* name);
+    // The value of a raw header line as getHttpResponseHeader returns it: the
+    // text after the first colon without surrounding blanks and line ends;
+    // empty for an empty line or one without a colon. Both backends read the
+    // headers they need (OCI's next page, the PaaS job location) through it.
+    static std::string headerLineValue(const std::string& line);
     virtual EOracleServiceType getService();
     virtual void setService(const EOracleServiceType& service);
     // Region of the next requests; the base has none (OCI overrides both).

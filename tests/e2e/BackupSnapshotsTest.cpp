@@ -39,6 +39,15 @@ protected:
         FAIL() << "snapshot " << snapshot << " stayed " << status;
     }
 
+    // An integrity snapshot of `volume`, waited for until AVAILABLE.
+    std::string IntegrityBackupOf(COracleCloudWrapper& facade, const std::string& volume) {
+        std::string backup;
+        EXPECT_TRUE(facade.CreateIntegritySnapshot(volume, "integrity", volume + "-integrity", backup))
+            << facade.GetLastError();
+        WaitForSnapshot(facade, backup);
+        return backup;
+    }
+
     std::string web1, data1, scratch, bootVolume;
 };
 
@@ -131,9 +140,7 @@ TEST_F(BackupSnapshots, UnknownVolumesAndBackupsFailWithoutACreation) {
 TEST_F(BackupSnapshots, RevertReplacesTheVolumeByANewOneNamedWithATimeSuffix) {
     auto facade = ConnectFacade();
     ASSERT_TRUE(facade);
-    std::string backup;
-    ASSERT_TRUE(facade->CreateIntegritySnapshot(scratch, "integrity", "ocw-scratch-integrity", backup));
-    WaitForSnapshot(*facade, backup);
+    const std::string backup = IntegrityBackupOf(*facade, scratch);
     const long long before = static_cast<long long>(std::time(nullptr));
     std::string created;
     ASSERT_TRUE(facade->RevertToIntegritySnapshot(scratch, backup, created)) << facade->GetLastError();
@@ -159,9 +166,7 @@ TEST_F(BackupSnapshots, RevertReplacesTheVolumeByANewOneNamedWithATimeSuffix) {
 TEST_F(BackupSnapshots, RevertOfAnAttachedVolumeKeepsTheOldOneAndStillSucceeds) {
     auto facade = ConnectFacade();
     ASSERT_TRUE(facade);
-    std::string backup;
-    ASSERT_TRUE(facade->CreateIntegritySnapshot(data1, "integrity", "ocw-data-1-integrity", backup));
-    WaitForSnapshot(*facade, backup);
+    const std::string backup = IntegrityBackupOf(*facade, data1);
     LogCapture log(0);
     std::string created;
     EXPECT_TRUE(facade->RevertToIntegritySnapshot(data1, backup, created));

@@ -22,13 +22,7 @@ Response ClassicClient::call(const std::string& method, const std::string& path,
         if (method == "POST") return http_->Post(path.c_str(), headers, body, contentType.c_str());
         return http_->Put(path.c_str(), headers, body, contentType.c_str());
     };
-    httplib::Result r = send();
-    Response out;
-    if (!r) return out;
-    out.status = r->status;
-    out.body = r->body;
-    out.headers = r->headers;
-    return out;
+    return ToResponse(send());
 }
 
 Response ClassicClient::login(const std::string& user, const std::string& password) {

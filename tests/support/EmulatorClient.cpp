@@ -43,6 +43,15 @@ static std::string ReadAll(const std::string& path) {
 
 std::string UrlEncode(const std::string& s) { return ocwemu::PercentEncode(s); }
 
+Response ToResponse(const httplib::Result& r) {
+    Response out;
+    if (!r) return out;
+    out.status = r->status;
+    out.body = r->body;
+    out.headers = r->headers;
+    return out;
+}
+
 EmulatorClient::EmulatorClient(const ocwemu::EmulatorInfo& info, std::string passPhrase)
     : info_(info), passPhrase_(std::move(passPhrase)) {
     http_ = std::make_unique<httplib::SSLClient>("127.0.0.1", info.port);
@@ -120,13 +129,7 @@ Response EmulatorClient::send(const std::string& method, const std::string& targ
         if (method == "PUT") return http_->Put(target.c_str(), headers, body, opt.contentType.c_str());
         return http_->Patch(target.c_str(), headers, body, opt.contentType.c_str());
     };
-    httplib::Result r = call();
-    Response out;
-    if (!r) return out;
-    out.status = r->status;
-    out.body = r->body;
-    out.headers = r->headers;
-    return out;
+    return ToResponse(call());
 }
 
 Response EmulatorClient::post(const std::string& target, const JValue& body, const SignOptions& opt) {

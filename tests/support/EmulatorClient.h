@@ -73,5 +73,7 @@ private:
 };
 
 std::string UrlEncode(const std::string& s);
+// What a client call gave: status, body and headers (status 0 without an answer).
+Response ToResponse(const httplib::Result& r);
 
 }  // namespace ocwtest

@@ -104,6 +104,8 @@ void EmulatorTest::WriteConfig(const std::map<std::string, std::string>& overrid
         {"nOCIOperationTimeout", "60"},
         {"nHttpConnectTimeoutSeconds", "5"},
         {"nHttpTransferTimeoutSeconds", "30"},
+        {"nOracleCloudOperationWaitTime", "1"},
+        {"nOracleCloudOperationTimeout", "60"},
     };
     for (const auto& kv : overrides) {
         if (kv.second.empty()) {

@@ -79,6 +79,26 @@ protected:
     // The backend objects connected in the home region (null after a recorded failure).
     std::unique_ptr<OciBackend> ConnectBackend();
 
+    // ---- Cloud Classic --------------------------------------------------------
+    // "/Compute-<identity domain>/<user>": the emulator's user as Compute
+    // Classic names it (the leading part of its objects' full names).
+    std::string ClassicUserPath() const;
+    // A facade of `type` connected to the Compute Classic endpoint as the
+    // emulator's user ("<domain>/<user>", logged in), or to the PaaS endpoint
+    // with `service`; null after recording a failure, like ConnectFacade.
+    std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> ConnectClassicFacade(
+        OracleCloudSDKWrapper::EOracleCloudType type = OracleCloudSDKWrapper::ORACLE_CLOUD_CLASSIC);
+    std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> ConnectPaaSFacade(
+        OracleCloudSDKWrapper::EOracleServiceType service = OracleCloudSDKWrapper::ORACLE_SERVICE_PAAS_DATABASE);
+    // Ends every Compute Classic session now (the next request with an old cookie gets the expiry 401).
+    void ExpireClassicSessions();
+    // A PaaS POST with the account's basic credentials and tenant; the job's
+    // "Location" (empty when the answer had none, which fails the test).
+    std::string PaaSPost(const std::string& path, const std::string& body);
+    // Store id of the first live Classic object of `kind` ("instance",
+    // "storage/volume", ...) whose full name starts with namePrefix; empty when none.
+    std::string ClassicResourceId(const std::string& kind, const std::string& namePrefix);
+
     // A new RSA key file that the emulator does not know (mode 0600), in the
     // test's scratch directory.
     std::string WriteUnknownKeyFile();
