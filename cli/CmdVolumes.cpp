@@ -84,9 +84,13 @@ void RunListForInstance(Session& s, const std::string& instance) {
                                          std::to_string(expected) +
                                          " attached volumes could not be read (run with -v for the library's log)");
     }
+    oci::SContainerInfoLib compartment;
+    s.call("read compartment " + vm.compartmentId,
+           [&](COracleCloudWrapper& c) { return c.GetContainerInfo(vm.compartmentId, "", compartment, 0, ""); });
     ListOutput out(kVolumeColumns);
     for (const oci::SDiskInfoLib& disk : vm.disks) {
         object row = ToJson(disk);
+        row["compartment"] = compartment.name;
         row["attachedTo"] = boost::json::array{boost::json::value(vm.guid)};
         out.add(std::move(row));
     }
