@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Commands.h"
+#include "Ocid.h"
 #include "DbWalk.h"
 #include "Output.h"
 #include "RecordJson.h"
@@ -40,12 +41,15 @@ void RunBackup(Session& s, const std::string& id, const std::string& name, bool 
     s.call("back up database " + id, [&](COracleCloudWrapper& f) { return f.BackupDBInstance(database, options, job); });
     std::string state = "CREATING";
     if (wait && IsDbBackupId(job)) {
-        state = s.waitForState("database backup " + options.tag, [&](std::string& st) {
-            oci::SOCIDbBackupInfoLib backup;
-            if (!s.cloud().GetDbBackupInfo(backup, job)) return false;
-            st = backup.lifecycleState;
-            return true;
-        }, {"ACTIVE"}, {"FAILED", "DELETED"});
+        state = s.waitFor({"database backup " + options.tag, job,
+                           [&](std::string& st) {
+                               oci::SOCIDbBackupInfoLib backup;
+                               if (!s.cloud().GetDbBackupInfo(backup, job)) return false;
+                               st = backup.lifecycleState;
+                               return true;
+                           },
+                           {"ACTIVE"},
+                           {"FAILED", "DELETED"}});
     }
     PrintResult(std::cout, "Backup of database " + database.dbName + ": " + job + " (" + state + ")",
                 object{{"id", job}, {"databaseId", id}, {"lifecycleState", state}}, s.json());
@@ -71,12 +75,15 @@ void RunRestore(Session& s, const RestoreOptions& o) {
            [&](COracleCloudWrapper& f) { return f.RestoreDBInstance(database, options, job); });
     std::string state = "RESTORE_IN_PROGRESS";
     if (!o.noWait) {
-        state = s.waitForState("restore database " + database.dbName, [&](std::string& st) {
-            oci::SOCIDatabaseInfoLib current;
-            if (!s.cloud().GetDatabaseInfo(current, o.database)) return false;
-            st = current.lifecycleState;
-            return true;
-        }, {"AVAILABLE"}, {"FAILED", "RESTORE_FAILED", "TERMINATED"});
+        state = s.waitFor({"restore database " + database.dbName, o.database,
+                           [&](std::string& st) {
+                               oci::SOCIDatabaseInfoLib current;
+                               if (!s.cloud().GetDatabaseInfo(current, o.database)) return false;
+                               st = current.lifecycleState;
+                               return true;
+                           },
+                           {"AVAILABLE"},
+                           {"FAILED", "RESTORE_FAILED", "TERMINATED"}});
     }
     PrintResult(std::cout, "Database " + database.dbName + " restored (" + state + ")",
                 object{{"id", o.database}, {"lifecycleState", state}}, s.json());
@@ -98,14 +105,14 @@ void RegisterDatabaseCommands(CLI::App& app, Action& action) {
         auto o = std::make_shared<Opts>();
         CLI::App* cmd = group->add_subcommand("databases", "list the databases of a compartment's DB systems");
         AddCompartmentOption(*cmd, o->compartment);
-        cmd->add_option("--db-system", o->dbSystem, "only this DB system OCID");
+        cmd->add_option("--db-system", o->dbSystem, "only this DB system OCID")->check(OcidOf(kDbSystemOcid));
         cmd->callback([&action, o] { action = [o](Session& s) { RunDatabases(s, o->compartment, o->dbSystem); }; });
     }
     {
         struct Opts { std::string database, name; bool noWait = false; };
         auto o = std::make_shared<Opts>();
         CLI::App* cmd = group->add_subcommand("backup", "back up a database and wait until the backup is active");
-        cmd->add_option("database", o->database, "database OCID")->required();
+        cmd->add_option("database", o->database, "database OCID")->required()->check(OcidOf(kDatabaseOcid));
         cmd->add_option("-n,--name", o->name, "backup name (default <dbName>-ocw-backup)");
         cmd->add_flag("--no-wait", o->noWait, "return once the backup is requested");
         cmd->callback([&action, o] { action = [o](Session& s) { RunBackup(s, o->database, o->name, !o->noWait); }; });
@@ -113,7 +120,7 @@ void RegisterDatabaseCommands(CLI::App& app, Action& action) {
     {
         auto o = std::make_shared<RestoreOptions>();
         CLI::App* cmd = group->add_subcommand("restore", "restore a database in place and wait until it is available");
-        cmd->add_option("database", o->database, "database OCID")->required();
+        cmd->add_option("database", o->database, "database OCID")->required()->check(OcidOf(kDatabaseOcid));
         cmd->add_flag("--latest", o->latest, "to the latest backup");
         cmd->add_option("--scn", o->scn, "to this system change number");
         cmd->add_option("--timestamp", o->timestamp, "to this time (RFC 3339)");

@@ -6,9 +6,11 @@
 #include <sstream>
 
 #include "Commands.h"
+#include "Ocid.h"
 #include "Output.h"
 #include "Progress.h"
 #include "RecordJson.h"
+#include "Walk.h"
 
 namespace ocw {
 
@@ -43,12 +45,15 @@ void RunImport(Session& s, const ImportOptions& o) {
            [&](COracleCloudWrapper& f) { return f.CreateImage(o.bucket, o.object, image); });
     std::string state = image.lifecycleState.empty() ? "IMPORTING" : image.lifecycleState;
     if (!o.noWait) {
-        state = s.waitForState("import image " + image.displayName, [&](std::string& st) {
-            bool completed = false;
-            if (!s.cloud().IsImageImportOperationCompleted(image.id, completed, "")) return false;
-            st = completed ? "AVAILABLE" : "IMPORTING";
-            return true;
-        }, {"AVAILABLE"}, {});
+        state = s.waitFor({"import image " + image.displayName, image.id,
+                           [&](std::string& st) {
+                               bool completed = false;
+                               if (!s.cloud().IsImageImportOperationCompleted(image.id, completed, "")) return false;
+                               st = completed ? "AVAILABLE" : "IMPORTING";
+                               return true;
+                           },
+                           {"AVAILABLE"},
+                           {}});
     }
     PrintResult(std::cout, "Image " + image.displayName + ": " + image.id + " (" + state + ")",
                 object{{"id", image.id}, {"displayName", image.displayName}, {"lifecycleState", state}}, s.json());
@@ -81,6 +86,41 @@ void RunPut(Session& s, const PutOptions& o) {
     }
     PrintResult(std::cout, "Uploaded " + std::to_string(content.size()) + " bytes to " + o.bucket + "/" + o.object,
                 object{{"bucket", o.bucket}, {"object", o.object}, {"size", content.size()}}, s.json());
+}
+
+// The objects of every bucket of the compartments walked (or of one bucket),
+// with their bucket and compartment: what image imports left behind.
+void RunListObjects(Session& s, const std::string& bucket, const std::string& compartment) {
+    ListOutput out({{"name", "NAME"}, {"sizeBytes", "SIZE"}, {"timeCreated", "CREATED"}, {"bucket", "BUCKET"},
+                    {"compartment", "COMPARTMENT"}});
+    bool bucketSeen = false;
+    ForEachCompartment(s, compartment, "list objects", [&](const oci::SContainerInfoLib& c) {
+        std::vector<oci::SStorageBucketInfoLib> buckets;
+        s.call("list buckets of compartment " + c.guid,
+               [&](COracleCloudWrapper& f) { return f.GetBucketListForCompartment(buckets, c.guid, 0, ""); });
+        const size_t before = out.size();
+        for (const oci::SStorageBucketInfoLib& b : buckets) {
+            if (!bucket.empty() && b.name != bucket) continue;
+            bucketSeen = true;
+            std::vector<oci::SStorageObjectInfoLib> objects;
+            s.call("list objects of bucket " + b.name, [&](COracleCloudWrapper& f) { return f.ListObjects(b.name, objects); });
+            for (const oci::SStorageObjectInfoLib& o : objects) {
+                out.add(object{{"name", o.name},
+                               {"sizeBytes", o.sizeBytes},
+                               {"timeCreated", o.timeCreated},
+                               {"md5", o.md5},
+                               {"bucket", b.name},
+                               {"compartment", c.name},
+                               {"compartmentId", c.guid}});
+            }
+        }
+        return out.size() - before;
+    });
+    if (!bucket.empty() && !bucketSeen) {
+        throw CliError(kExitNotFound, "list objects: no bucket " + bucket +
+                                          (compartment.empty() ? " in any compartment" : " in compartment " + compartment));
+    }
+    out.print(std::cout, s.json());
 }
 
 void RunDeleteObject(Session& s, const std::string& bucket, const std::string& objectName) {
@@ -118,12 +158,22 @@ void RegisterImageCommands(CLI::App& app, Action& action) {
     {
         auto id = std::make_shared<std::string>();
         CLI::App* cmd = images->add_subcommand("delete", "delete an image");
-        cmd->add_option("image", *id, "image OCID")->required();
+        cmd->add_option("image", *id, "image OCID")->required()->check(OcidOf(kImageOcid));
         cmd->callback([&action, id] { action = [id](Session& s) { RunDeleteImage(s, *id); }; });
     }
 
     CLI::App* objects = app.add_subcommand("objects", "object storage objects (the tenancy's namespace is looked up)");
     objects->require_subcommand(1);
+    {
+        struct Opts { std::string bucket, compartment; };
+        auto o = std::make_shared<Opts>();
+        CLI::App* cmd = objects->add_subcommand(
+            "list", "list the objects of every bucket of every compartment (or of one bucket, one compartment)");
+        cmd->add_option("bucket", o->bucket, "only this bucket");
+        cmd->add_option("-c,--compartment", o->compartment, "only this compartment (default: every compartment)")
+            ->check(OcidOf(kCompartmentOcid));
+        cmd->callback([&action, o] { action = [o](Session& s) { RunListObjects(s, o->bucket, o->compartment); }; });
+    }
     {
         auto o = std::make_shared<PutOptions>();
         CLI::App* cmd = objects->add_subcommand("put", "upload a file (or a text) as an object");

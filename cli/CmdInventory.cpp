@@ -4,6 +4,7 @@
 #include <set>
 
 #include "Commands.h"
+#include "Ocid.h"
 #include "Output.h"
 #include "RecordJson.h"
 
@@ -13,7 +14,8 @@ using boost::json::object;
 using OracleCloudSDKWrapper::COracleCloudWrapper;
 
 void AddCompartmentOption(CLI::App& command, std::string& compartment) {
-    command.add_option("-c,--compartment", compartment, "compartment OCID (default: the tenancy, the root compartment)");
+    command.add_option("-c,--compartment", compartment, "compartment OCID (default: the tenancy, the root compartment)")
+        ->check(OcidOf(kCompartmentOcid));
 }
 
 namespace {
@@ -128,7 +130,8 @@ void RegisterInventoryCommands(CLI::App& app, Action& action) {
         struct Opts { std::string parent; bool recursive = false; };
         auto o = std::make_shared<Opts>();
         CLI::App* cmd = app.add_subcommand("compartments", "list compartments under a parent (and the parent itself)");
-        cmd->add_option("--parent", o->parent, "parent compartment OCID (default: the tenancy)");
+        cmd->add_option("--parent", o->parent, "parent compartment OCID (default: the tenancy)")
+            ->check(OcidOf(kCompartmentOcid));
         cmd->add_flag("-r,--recursive", o->recursive, "walk the whole compartment tree");
         cmd->callback([&action, o] { action = [o](Session& s) { RunCompartments(s, o->parent, o->recursive); }; });
     }
@@ -137,7 +140,7 @@ void RegisterInventoryCommands(CLI::App& app, Action& action) {
         auto o = std::make_shared<Opts>();
         CLI::App* cmd = app.add_subcommand("shapes", "list the instance shapes available");
         AddCompartmentOption(*cmd, o->compartment);
-        cmd->add_option("--image", o->image, "only shapes compatible with this image OCID");
+        cmd->add_option("--image", o->image, "only shapes compatible with this image OCID")->check(OcidOf(kImageOcid));
         cmd->add_option("--availability-domain", o->domain, "only shapes of this availability domain");
         cmd->callback([&action, o] { action = [o](Session& s) { RunShapes(s, o->compartment, o->image, o->domain); }; });
     }

@@ -1,9 +1,12 @@
 // volumes list|show|create|delete|snapshot|restore|attach|detach
 #include <ctime>
 #include <iostream>
+#include <map>
 #include <memory>
 
 #include "Commands.h"
+#include "InFlight.h"
+#include "Ocid.h"
 #include "Output.h"
 #include "Progress.h"
 #include "RecordJson.h"
@@ -18,25 +21,78 @@ namespace {
 
 const unsigned long long kDiskDetails = 16;
 
-void RunList(Session& s, const std::string& compartment, const std::string& instance) {
-    std::vector<oci::SVMInfoLib> vms;
-    if (!instance.empty()) {
-        oci::SVMInfoLib vm;
-        s.call("read instance " + instance, [&](COracleCloudWrapper& c) { return c.GetVMInfo("", instance, vm, kDiskDetails, ""); });
-        vms.push_back(vm);
-    } else {
-        vms = ListInstances(s, compartment);
-        s.call("read the instances' volumes", [&](COracleCloudWrapper& c) { return c.FillVMInfoListDetails(vms, kDiskDetails, ""); });
-    }
-    ListOutput out({{"displayName", "NAME"}, {"sizeInGBs", "SIZE_GB"}, {"lifecycleState", "STATE"}, {"bootable", "BOOT"},
-                    {"instance", "INSTANCE"}, {"id", "ID"}, {"instanceId", "INSTANCE_ID"}});
-    for (const oci::SVMInfoLib& vm : vms) {
-        for (const oci::SDiskInfoLib& disk : vm.disks) {
-            object row = ToJson(disk);
-            row["instance"] = vm.vmName;
-            row["instanceId"] = vm.guid;
-            out.add(std::move(row));
+const std::vector<Column> kVolumeColumns{{"displayName", "NAME"}, {"sizeInGBs", "SIZE_GB"},
+                                         {"lifecycleState", "STATE"}, {"bootable", "BOOT"},
+                                         {"compartment", "COMPARTMENT"}, {"attachedTo", "ATTACHED_TO"},
+                                         {"id", "ID"}};
+
+bool Attached(const oci::SStorageAttachmentInfoLib& a) { return a.state == "ATTACHED" || a.state == "ATTACHING"; }
+
+// Every volume of the compartments walked, attached or not, with the
+// instances it is attached to: the list to find what restores left behind.
+void RunListAll(Session& s, const std::string& compartment) {
+    std::vector<std::pair<oci::SDiskInfoLib, std::string>> volumes;  // volume, compartment name
+    std::map<std::string, std::vector<std::string>> attachedTo;      // volume id -> instance ids
+    ForEachCompartment(s, compartment, "list volumes", [&](const oci::SContainerInfoLib& c) {
+        std::vector<oci::SDiskInfoLib> list;
+        s.call("list volumes of compartment " + c.guid,
+               [&](COracleCloudWrapper& f) { return f.ListVolumes(list, c.guid, ""); });
+        std::vector<oci::SStorageAttachmentInfoLib> attachments;
+        s.call("list volume attachments of compartment " + c.guid,
+               [&](COracleCloudWrapper& f) { return f.ListVolumeAttachments(attachments, c.guid, ""); });
+        for (const auto& a : attachments) {
+            if (Attached(a)) attachedTo[a.volumeName].push_back(a.instanceName);
         }
+        size_t kept = 0;
+        for (oci::SDiskInfoLib& disk : list) {
+            if (disk.status == "TERMINATED") continue;
+            volumes.emplace_back(std::move(disk), c.name);
+            ++kept;
+        }
+        return kept;
+    });
+    ListOutput out(kVolumeColumns);
+    for (const auto& v : volumes) {
+        object row = ToJson(v.first);
+        row["compartment"] = v.second;
+        boost::json::array instances;
+        for (const std::string& id : attachedTo[v.first.guid]) instances.push_back(boost::json::value(id));
+        row["attachedTo"] = std::move(instances);
+        out.add(std::move(row));
+    }
+    out.print(std::cout, s.json());
+}
+
+// The volumes of one instance with their iSCSI details. The library reads
+// them leniently (a volume it cannot read is left out), so the attachments
+// are counted as well: a volume that could not be read is an error, not a
+// shorter list.
+void RunListForInstance(Session& s, const std::string& instance) {
+    oci::SVMInfoLib vm;
+    s.call("read instance " + instance,
+           [&](COracleCloudWrapper& c) { return c.GetVMInfo("", instance, vm, kDiskDetails, ""); });
+    std::vector<oci::SStorageAttachmentInfoLib> attachments;
+    s.call("list volume attachments of compartment " + vm.compartmentId,
+           [&](COracleCloudWrapper& f) { return f.ListVolumeAttachments(attachments, vm.compartmentId, ""); });
+    size_t expected = 0;
+    for (const auto& a : attachments) {
+        if (a.instanceName == instance && a.state == "ATTACHED") ++expected;
+    }
+    if (vm.disks.size() < expected) {
+        throw CliError(kExitFailure, "read the volumes of instance " + instance + ": " +
+                                         std::to_string(expected - vm.disks.size()) + " of " +
+                                         std::to_string(expected) +
+                                         " attached volumes could not be read (run with -v for the library's log)");
+    }
+    oci::SContainerInfoLib compartment;
+    s.call("read compartment " + vm.compartmentId,
+           [&](COracleCloudWrapper& c) { return c.GetContainerInfo(vm.compartmentId, "", compartment, 0, ""); });
+    ListOutput out(kVolumeColumns);
+    for (const oci::SDiskInfoLib& disk : vm.disks) {
+        object row = ToJson(disk);
+        row["compartment"] = compartment.name;
+        row["attachedTo"] = boost::json::array{boost::json::value(vm.guid)};
+        out.add(std::move(row));
     }
     out.print(std::cout, s.json());
 }
@@ -72,6 +128,8 @@ void RunCreate(Session& s, const CreateOptions& o) {
         disk.sizeBytes = o.sizeGb << 30;
         disk.compartmentId = s.compartmentOr(o.compartment);
         disk.availabilityDomain = o.domain.empty() ? FirstAvailabilityDomain(s, o.compartment) : o.domain;
+        // The new volume's id arrives through the library's log (InFlight)
+        // as soon as the cloud accepted it, before the library's wait.
         Progress progress("create volume " + o.name);
         s.call("create volume " + o.name, [&](COracleCloudWrapper& c) { return c.CreateVolume(disk, ""); });
         id = disk.guid.empty() ? disk.name : disk.guid;
@@ -102,9 +160,10 @@ void RunSnapshot(Session& s, const SnapshotOptions& o) {
     });
     std::string state = "CREATING";
     if (!o.noWait) {
-        state = s.waitForState("backup " + name,
-                               [&](std::string& st) { return s.cloud().GetSnapshotStatus(backup, st); },
-                               {"AVAILABLE"}, {"FAULTY", "TERMINATED"});
+        state = s.waitFor({"backup " + name, backup,
+                           [&](std::string& st) { return s.cloud().GetSnapshotStatus(backup, st); },
+                           {"AVAILABLE"},
+                           {"FAULTY", "TERMINATED"}});
     }
     PrintResult(std::cout, "Backup " + name + " of " + o.volume + ": " + backup + " (" + state + ")",
                 object{{"id", backup}, {"displayName", name}, {"volumeId", o.volume}, {"lifecycleState", state}},
@@ -136,6 +195,7 @@ void RunRestore(Session& s, const RestoreOptions& o) {
 }
 
 void RunAttach(Session& s, const std::string& volume, const std::string& instance, const std::string& type) {
+    InFlight::Track(volume);
     oci::SStorageAttachmentInfoLib attachment;
     attachment.attachmentType = type;
     bool noFreeSlot = false;
@@ -159,6 +219,17 @@ void RunAttach(Session& s, const std::string& volume, const std::string& instanc
 }
 
 void RunDetach(Session& s, const std::string& volume, const std::string& instance) {
+    // The library counts a volume that is not attached to the instance as
+    // detached; an operator who named the wrong instance must hear it.
+    oci::SVMInfoLib vm;
+    s.call("read instance " + instance, [&](COracleCloudWrapper& c) { return c.GetVMInfo("", instance, vm, 0, ""); });
+    std::vector<oci::SStorageAttachmentInfoLib> attachments;
+    s.call("list volume attachments of compartment " + vm.compartmentId,
+           [&](COracleCloudWrapper& f) { return f.ListVolumeAttachments(attachments, vm.compartmentId, ""); });
+    bool attached = false;
+    for (const auto& a : attachments) attached = attached || (a.volumeName == volume && a.instanceName == instance && Attached(a));
+    if (!attached) throw CliError(kExitFailure, "detach volume " + volume + ": not attached to " + instance);
+    InFlight::Track(volume);
     {
         Progress progress("detach " + volume);
         s.call("detach volume " + volume + " from " + instance,
@@ -176,15 +247,27 @@ void RegisterVolumeCommands(CLI::App& app, Action& action) {
     {
         struct Opts { std::string compartment, instance; };
         auto o = std::make_shared<Opts>();
-        CLI::App* cmd = group->add_subcommand("list", "list the volumes attached to instances (boot and block)");
-        cmd->add_option("-c,--compartment", o->compartment, "only instances of this compartment");
-        cmd->add_option("--instance", o->instance, "only this instance");
-        cmd->callback([&action, o] { action = [o](Session& s) { RunList(s, o->compartment, o->instance); }; });
+        CLI::App* cmd = group->add_subcommand(
+            "list", "list every block and boot volume, attached or not, with the instances it is attached to");
+        cmd->add_option("-c,--compartment", o->compartment, "only this compartment (default: every compartment)")
+            ->check(OcidOf(kCompartmentOcid));
+        auto* instance = cmd->add_option("--instance", o->instance, "only the volumes attached to this instance")
+                             ->check(OcidOf(kInstanceOcid));
+        instance->excludes("--compartment");
+        cmd->callback([&action, o] {
+            action = [o](Session& s) {
+                if (o->instance.empty()) {
+                    RunListAll(s, o->compartment);
+                } else {
+                    RunListForInstance(s, o->instance);
+                }
+            };
+        });
     }
     {
         auto id = std::make_shared<std::string>();
         CLI::App* cmd = group->add_subcommand("show", "show whether a volume exists and its state");
-        cmd->add_option("volume", *id, "volume or boot volume OCID")->required();
+        cmd->add_option("volume", *id, "volume or boot volume OCID")->required()->check(OcidOf(kVolumeOcid));
         cmd->callback([&action, id] { action = [id](Session& s) { RunShow(s, *id); }; });
     }
     {
@@ -192,7 +275,8 @@ void RegisterVolumeCommands(CLI::App& app, Action& action) {
         CLI::App* cmd = group->add_subcommand("create", "create an empty block volume, or one from a backup");
         cmd->add_option("-n,--name", o->name, "display name")->required();
         cmd->add_option("--size-gb", o->sizeGb, "size in GB");
-        cmd->add_option("--from-backup", o->fromBackup, "volume backup OCID to make the volume from");
+        cmd->add_option("--from-backup", o->fromBackup, "volume backup OCID to make the volume from")
+            ->check(OcidOf(kVolumeBackupOcid));
         AddCompartmentOption(*cmd, o->compartment);
         cmd->add_option("--availability-domain", o->domain, "availability domain (default: the compartment's first)");
         cmd->callback([&action, o] { action = [o](Session& s) { RunCreate(s, *o); }; });
@@ -200,13 +284,13 @@ void RegisterVolumeCommands(CLI::App& app, Action& action) {
     {
         auto id = std::make_shared<std::string>();
         CLI::App* cmd = group->add_subcommand("delete", "delete a volume or boot volume");
-        cmd->add_option("volume", *id, "volume OCID")->required();
+        cmd->add_option("volume", *id, "volume OCID")->required()->check(OcidOf(kVolumeOcid));
         cmd->callback([&action, id] { action = [id](Session& s) { RunDelete(s, *id); }; });
     }
     {
         auto o = std::make_shared<SnapshotOptions>();
         CLI::App* cmd = group->add_subcommand("snapshot", "back up a volume (a volume backup) and wait until it is available");
-        cmd->add_option("volume", o->volume, "volume or boot volume OCID")->required();
+        cmd->add_option("volume", o->volume, "volume or boot volume OCID")->required()->check(OcidOf(kVolumeOcid));
         cmd->add_option("-n,--name", o->name, "backup display name (default ocw-backup-<time>)");
         cmd->add_option("--description", o->description, "description");
         cmd->add_flag("--integrity", o->integrity, "an integrity snapshot, for a later 'volumes restore --replace'");
@@ -216,18 +300,19 @@ void RegisterVolumeCommands(CLI::App& app, Action& action) {
     {
         auto o = std::make_shared<RestoreOptions>();
         CLI::App* cmd = group->add_subcommand("restore", "make a new volume from a backup, or replace a volume by one");
-        cmd->add_option("backup", o->backup, "volume backup OCID")->required();
+        cmd->add_option("backup", o->backup, "volume backup OCID")->required()->check(OcidOf(kVolumeBackupOcid));
         cmd->add_option("-n,--name", o->name, "name of the new volume");
         cmd->add_option("--replace", o->replace,
-                        "volume OCID to replace: a new volume is made from the backup, then this one is deleted");
+                        "volume OCID to replace: a new volume is made from the backup, then this one is deleted")
+            ->check(OcidOf(kVolumeOcid));
         cmd->callback([&action, o] { action = [o](Session& s) { RunRestore(s, *o); }; });
     }
     {
         struct Opts { std::string volume, instance, type = "iscsi"; };
         auto o = std::make_shared<Opts>();
         CLI::App* cmd = group->add_subcommand("attach", "attach a volume to an instance and wait until attached");
-        cmd->add_option("volume", o->volume, "volume OCID")->required();
-        cmd->add_option("instance", o->instance, "instance OCID")->required();
+        cmd->add_option("volume", o->volume, "volume OCID")->required()->check(OcidOf(kBlockVolumeOcid));
+        cmd->add_option("instance", o->instance, "instance OCID")->required()->check(OcidOf(kInstanceOcid));
         cmd->add_option("--type", o->type, "attachment type")->check(CLI::IsMember({"iscsi", "paravirtualized"}));
         cmd->callback([&action, o] { action = [o](Session& s) { RunAttach(s, o->volume, o->instance, o->type); }; });
     }
@@ -235,8 +320,8 @@ void RegisterVolumeCommands(CLI::App& app, Action& action) {
         struct Opts { std::string volume, instance; };
         auto o = std::make_shared<Opts>();
         CLI::App* cmd = group->add_subcommand("detach", "detach a volume from an instance and wait until detached");
-        cmd->add_option("volume", o->volume, "volume OCID")->required();
-        cmd->add_option("instance", o->instance, "instance OCID")->required();
+        cmd->add_option("volume", o->volume, "volume OCID")->required()->check(OcidOf(kVolumeOcid));
+        cmd->add_option("instance", o->instance, "instance OCID")->required()->check(OcidOf(kInstanceOcid));
         cmd->callback([&action, o] { action = [o](Session& s) { RunDetach(s, o->volume, o->instance); }; });
     }
 }

@@ -138,8 +138,8 @@ private:
             s_.call("delete backup " + id, [&](COracleCloudWrapper& c) { return c.DeleteVolumeSnapshot(id); });
             return ShortId(id);
         });
-        s_.waitForState("backup " + name, [&](std::string& st) { return s_.cloud().GetSnapshotStatus(id, st); },
-                        {"AVAILABLE"}, {"FAULTY", "TERMINATED"});
+        s_.waitFor({"backup " + name, id, [&](std::string& st) { return s_.cloud().GetSnapshotStatus(id, st); },
+                    {"AVAILABLE"}, {"FAULTY", "TERMINATED"}});
         return ShortId(id) + " AVAILABLE";
     }
 
@@ -261,12 +261,15 @@ private:
                 s_.call("delete image " + image_, [&](COracleCloudWrapper& c) { return c.DeleteImage(image_); });
                 return ShortId(image_);
             });
-            s_.waitForState("import " + image.displayName, [&](std::string& st) {
-                bool completed = false;
-                if (!s_.cloud().IsImageImportOperationCompleted(image_, completed, "")) return false;
-                st = completed ? "AVAILABLE" : "IMPORTING";
-                return true;
-            }, {"AVAILABLE"}, {});
+            s_.waitFor({"import " + image.displayName, image_,
+                        [&](std::string& st) {
+                            bool completed = false;
+                            if (!s_.cloud().IsImageImportOperationCompleted(image_, completed, "")) return false;
+                            st = completed ? "AVAILABLE" : "IMPORTING";
+                            return true;
+                        },
+                        {"AVAILABLE"},
+                        {}});
             return image.displayName + " = " + ShortId(image_) + " AVAILABLE";
         });
     }

@@ -9,9 +9,12 @@
 #include <chrono>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <thread>
 
 #include "ExitCodes.h"
+#include "Failure.h"
+#include "InFlight.h"
 
 namespace ocw {
 namespace Interrupt {
@@ -23,6 +26,7 @@ std::map<int, std::function<void()>> g_cleanups;
 int g_next = 1;
 std::string g_hint;
 std::atomic<bool> g_requested{false};
+std::atomic<bool> g_json{false};
 
 void Watch(sigset_t signals) {
     int sig = 0;
@@ -37,8 +41,20 @@ void Watch(sigset_t signals) {
         cleanups.swap(g_cleanups);
         hint = g_hint;
     }
-    std::fprintf(stderr, "\nocw: interrupted by %s%s%s\n", sig == SIGINT ? "Ctrl-C" : "SIGTERM",
-                 hint.empty() ? "" : "; ", hint.c_str());
+    // What the cloud may still be doing: the call under way and the resource
+    // it was waiting on, so nothing billable is left behind unnamed.
+    const std::string call = InFlight::Call();
+    const std::string tail = !hint.empty() ? hint : call.empty() ? std::string()
+                                                                 : "the cloud may still be working on: " + call;
+    FailureReport report;
+    report.code = kExitInterrupted;
+    report.message = std::string("interrupted by ") + (sig == SIGINT ? "Ctrl-C" : "SIGTERM") +
+                     (tail.empty() ? "" : "; " + tail);
+    report.resource = InFlight::Resource();
+    std::ostringstream text;
+    if (!g_json) text << '\n';
+    PrintFailure(text, report, g_json);
+    std::fputs(text.str().c_str(), stderr);
     for (auto it = cleanups.rbegin(); it != cleanups.rend(); ++it) {
         it->second();
     }
@@ -79,6 +95,8 @@ void ParkIfRequested() {
         std::this_thread::sleep_for(std::chrono::seconds(1));
     }
 }
+
+void SetJsonErrors(bool json) { g_json = json; }
 
 void SetHint(const std::string& hint) {
     std::lock_guard<std::mutex> lock(g_mutex);

@@ -1,9 +1,10 @@
 #pragma once
 // Ctrl-C handling. The library's calls block the main thread (state waits
 // sleep on it), so a signal cannot be turned into a return value. Instead a
-// watcher thread receives SIGINT and SIGTERM, runs the registered clean-ups
-// (stop the emulator child, remove temporary files), says what may still be
-// going on in the cloud, and ends the process with kExitInterrupted.
+// watcher thread receives SIGINT and SIGTERM, says what may still be going on
+// in the cloud (the call and the resource of InFlight), runs the registered
+// clean-ups (stop the emulator child, remove temporary files), and ends the
+// process with kExitInterrupted.
 #include <functional>
 #include <string>
 
@@ -27,9 +28,12 @@ bool Requested();
 // does not print or exit on its own. Returns at once otherwise.
 void ParkIfRequested();
 
-// Text printed after "interrupted" (for example which operation the cloud
-// will go on with); empty restores the default.
+// Text printed after "interrupted" instead of the call under way (see
+// InFlight); empty restores the default.
 void SetHint(const std::string& hint);
+
+// On: the interrupt is reported as a JSON error document (--json).
+void SetJsonErrors(bool json);
 
 }  // namespace Interrupt
 }  // namespace ocw

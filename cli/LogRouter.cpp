@@ -1,12 +1,11 @@
 #include "LogRouter.h"
 
-#include <boost/json.hpp>
-
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 
+#include "InFlight.h"
 #include "Progress.h"
 #include "oraclecloud/OracleCloudWrapper.h"
 
@@ -27,19 +26,16 @@ bool Bracketed(const std::string& text, const char* marker, std::string& out) {
     return true;
 }
 
-void ReadErrorBody(const std::string& line, CallFailure& failure) {
-    const size_t newline = line.find('\n');
-    if (newline == std::string::npos) return;
-    boost::system::error_code ec;
-    boost::json::value body = boost::json::parse(line.substr(newline + 1), ec);
-    if (ec || !body.is_object()) return;
-    const boost::json::object& object = body.get_object();
-    if (const boost::json::value* code = object.if_contains("code")) {
-        if (code->is_string()) failure.serviceCode = std::string(code->get_string());
-    }
-    if (const boost::json::value* message = object.if_contains("message")) {
-        if (message->is_string()) failure.serviceMessage = std::string(message->get_string());
-    }
+// "Successfully submitted request to create VM:[name][id]" (and "volume"):
+// the id of what a launch or a volume creation made before it waits.
+bool CreatedId(const std::string& text, std::string& id) {
+    if (!StartsWith(text, "Successfully submitted request to create ")) return false;
+    const size_t second = text.find("][");
+    if (second == std::string::npos) return false;
+    const size_t close = text.find(']', second + 2);
+    if (close == std::string::npos) return false;
+    id = text.substr(second + 2, close - second - 2);
+    return !id.empty();
 }
 
 }  // namespace
@@ -72,22 +68,21 @@ void LogRouter::install(int verbosity) {
         std::lock_guard<std::mutex> lock(mutex_);
         printLevel_ = kPrintLevels[v];
     }
-    // Level 2 carries the response bodies that explain a failure; ocw needs
-    // them whatever it prints.
-    OracleCloudSDKWrapper::COracleCloudWrapper::SetLogLevel(printLevel_ > 2 ? printLevel_ : 2);
+    // Level 1 carries the library's wait lines (states, created ids), which
+    // ocw follows whatever it prints.
+    OracleCloudSDKWrapper::COracleCloudWrapper::SetLogLevel(printLevel_ > 1 ? printLevel_ : 1);
     OracleCloudSDKWrapper::COracleCloudWrapper::SetLogSink(
         [this](int level, const char* signature, const std::string& text) { onLine(level, signature, text); });
 }
 
 void LogRouter::beginCall() {
     std::lock_guard<std::mutex> lock(mutex_);
-    failure_ = CallFailure();
-    awaitingErrorBody_ = false;
+    lastErrorLine_.clear();
 }
 
-CallFailure LogRouter::failure() const {
+std::string LogRouter::lastErrorLine() const {
     std::lock_guard<std::mutex> lock(mutex_);
-    return failure_;
+    return lastErrorLine_;
 }
 
 void LogRouter::setProgress(Progress* progress) {
@@ -98,36 +93,22 @@ void LogRouter::setProgress(Progress* progress) {
 void LogRouter::onLine(int level, const char* signature, const std::string& text) {
     Progress* progress = nullptr;
     std::string state;
+    std::string created;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         if (level == 0) {
-            failure_.lastErrorLine = text.substr(0, text.find('\n'));
+            lastErrorLine_ = text.substr(0, text.find('\n'));
         }
-        const size_t transport = text.find("] failed: ");
-        if (level == 0 && transport != std::string::npos) {
-            failure_.transportError = text.substr(transport + 10, text.find('\n') - transport - 10);
-        }
-        const size_t answered = text.find("answered with status ");
-        if (level == 0 && answered != std::string::npos) {
-            failure_.httpStatus = std::atoi(text.c_str() + answered + 21);
-        }
-        if (StartsWith(text, "Error: API failed.")) {
-            failure_.requestFailed = true;
-            awaitingErrorBody_ = true;
-        } else if (StartsWith(text, "Response from [")) {
-            if (awaitingErrorBody_) ReadErrorBody(text, failure_);
-            awaitingErrorBody_ = false;
-        } else if (StartsWith(text, "Failed to generate authorization header")) {
-            failure_.signingFailed = true;
-        }
-
         if (StartsWith(text, "Current  status : [") || StartsWith(text, "Current status : [")) {
             Bracketed(text, "status", state);
+            if (!state.empty()) InFlight::NoteState(state);
         } else if (StartsWith(text, "Waiting for ") && text.find("to be deleted") != std::string::npos) {
             state = text.substr(12);
         } else if (StartsWith(text, "Encountered a retryable error")) {
             std::string seconds;
             state = Bracketed(text, "after", seconds) ? "throttled, retrying in " + seconds + " s" : "retrying";
+        } else if (CreatedId(text, created)) {
+            InFlight::Track(created);
         }
         progress = progress_;
 

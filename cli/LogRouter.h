@@ -2,28 +2,20 @@
 // The one receiver of the library's log lines (installed with
 // COracleCloudWrapper::SetLogSink). It
 //   - prints lines up to the chosen verbosity on stderr (-v, -vv, -vvv),
-//   - remembers what the last failed request answered (the service's error
-//     "code" and "message") and whether signing failed, so that ocw can tell
-//     an authentication failure from a missing resource,
-//   - feeds lifecycle states of the library's waits to the active Progress.
-// The public facade reports only true/false and a text; everything else ocw
-// knows about a failure comes through here.
+//   - remembers the last error line, the explanation of last resort when a
+//     failure left no text (a key file that cannot be read),
+//   - follows the library's own waits: the id of an instance or volume that a
+//     call has just created and the lifecycle states it polls go to InFlight
+//     (named when the command fails or is interrupted) and to the active
+//     Progress.
+// What a failed request answered (status, code, request ids) comes from the
+// facade's failure record, not from here.
 #include <mutex>
 #include <string>
 
 namespace ocw {
 
 class Progress;
-
-struct CallFailure {
-    std::string serviceCode;     // "code" of the last error body, e.g. "NotAuthenticated"
-    std::string serviceMessage;  // "message" of that body
-    std::string lastErrorLine;   // text of the last error-level line
-    std::string transportError;  // why the last transfer failed without an answer ("Could not resolve host: ...")
-    int httpStatus = 0;          // status of the last failed request, 0 when none was answered
-    bool signingFailed = false;  // a request could not be signed (key or pass phrase)
-    bool requestFailed = false;  // a request was sent and failed
-};
 
 class LogRouter {
 public:
@@ -36,7 +28,8 @@ public:
     // Forgets what earlier calls left behind; call before a facade call whose
     // failure may have to be explained.
     void beginCall();
-    CallFailure failure() const;
+    // Text of the last error-level line since beginCall (first line only).
+    std::string lastErrorLine() const;
 
     void setProgress(Progress* progress);
 
@@ -48,8 +41,7 @@ private:
 
     mutable std::mutex mutex_;
     int printLevel_ = -1;
-    bool awaitingErrorBody_ = false;
-    CallFailure failure_;
+    std::string lastErrorLine_;
     Progress* progress_ = nullptr;
 };
 

@@ -16,7 +16,8 @@ std::atomic<bool> g_enabled{true};
 
 void Progress::SetEnabled(bool enabled) { g_enabled = enabled; }
 
-Progress::Progress(std::string label) : label_(std::move(label)), start_(std::chrono::steady_clock::now()) {
+Progress::Progress(std::string label, Mode mode)
+    : label_(std::move(label)), mode_(mode), start_(std::chrono::steady_clock::now()) {
     LogRouter::Instance().setProgress(this);
     if (!g_enabled) {
         finished_ = true;
@@ -25,7 +26,7 @@ Progress::Progress(std::string label) : label_(std::move(label)), start_(std::ch
     live_ = ::isatty(STDERR_FILENO) == 1;
     if (live_) {
         ticker_ = std::thread([this] { tick(); });
-    } else {
+    } else if (mode_ == Mode::Wait) {
         std::fprintf(stderr, "[%6.1fs] %s\n", 0.0, label_.c_str());
     }
 }
@@ -43,9 +44,11 @@ void Progress::state(const std::string& text) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (finished_ || text == state_) return;
     state_ = text;
-    if (!live_) {
-        std::fprintf(stderr, "[%6.1fs] %s: %s\n", elapsedSeconds(), label_.c_str(), state_.c_str());
-    }
+    if (live_) return;
+    const double now = elapsedSeconds();
+    if (mode_ == Mode::Listing && (now < 1.0 || (lastLine_ >= 0 && now - lastLine_ < 2.0))) return;
+    lastLine_ = now;
+    std::fprintf(stderr, "[%6.1fs] %s: %s\n", now, label_.c_str(), state_.c_str());
 }
 
 void Progress::finish() {
@@ -82,7 +85,7 @@ void Progress::draw() {
 void Progress::tick() {
     std::unique_lock<std::mutex> lock(mutex_);
     while (!finished_) {
-        draw();
+        if (mode_ == Mode::Wait || elapsedSeconds() >= 1.0) draw();
         wake_.wait_for(lock, std::chrono::milliseconds(100));
     }
 }

@@ -14,8 +14,14 @@ namespace ocw {
 
 class Progress {
 public:
+    // Wait: shown at once, every new state. Listing: for walks over many
+    // requests (a listing with details reads thousands): nothing for the first
+    // second, so a quick listing stays silent; after that on a terminal the
+    // line is redrawn, otherwise a state line is written at most every 2 s.
+    enum class Mode { Wait, Listing };
+
     // Registers itself as the receiver of state lines until destroyed.
-    explicit Progress(std::string label);
+    explicit Progress(std::string label, Mode mode = Mode::Wait);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -35,7 +41,9 @@ private:
     void tick();
 
     std::string label_;
+    Mode mode_;
     std::chrono::steady_clock::time_point start_;
+    double lastLine_ = -1.0;  // elapsed seconds of the last state line written (Listing, not live)
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     std::string state_;

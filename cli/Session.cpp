@@ -1,8 +1,10 @@
 #include "Session.h"
 
-#include <chrono>
+#include <algorithm>
 #include <thread>
 
+#include "Failure.h"
+#include "InFlight.h"
 #include "Interrupt.h"
 #include "LogRouter.h"
 #include "Progress.h"
@@ -10,6 +12,24 @@
 namespace ocw {
 
 using OracleCloudSDKWrapper::COracleCloudWrapper;
+using OracleCloudSDKWrapper::SOracleCloudFailureInfoLib;
+
+namespace {
+
+bool SameRecord(const SOracleCloudFailureInfoLib& a, const SOracleCloudFailureInfoLib& b) {
+    return a.message == b.message && a.request == b.request && a.clientRequestId == b.clientRequestId &&
+           a.httpStatus == b.httpStatus && a.attempts == b.attempts && a.transferError == b.transferError;
+}
+
+bool EndsWith(const std::string& text, const std::string& tail) {
+    return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+bool Contains(const std::vector<std::string>& states, const std::string& state) {
+    return std::find(states.begin(), states.end(), state) != states.end();
+}
+
+}  // namespace
 
 bool ConnectWithProfile(COracleCloudWrapper& facade, const OciProfile& profile) {
     const std::string user = profile.user + "|" + profile.fingerprint + "|" + profile.keyFile + "|" + profile.region;
@@ -45,14 +65,16 @@ COracleCloudWrapper& Session::cloud() {
     ini();  // OCW_CONFIG must be in place before the facade reads its configuration
     auto facade = std::make_unique<COracleCloudWrapper>(OracleCloudSDKWrapper::ORACLE_CLOUD_INFRASTRUCTURE);
     LogRouter::Instance().beginCall();
-    lastErrorBefore_ = facade->GetLastError();
+    failureBefore_ = facade->GetLastFailure();
     if (!ConnectWithProfile(*facade, p)) {
         facade_ = std::move(facade);
         CliError error = failure("cannot connect to tenancy " + p.tenancy + " in " + p.region + " as profile [" +
                                  p.name + "]");
         // A tenancy that cannot be read with a valid signature is a credentials
         // problem from the user's point of view.
-        throw CliError(error.code() == kExitFailure ? kExitFailure : kExitAuth, error.what());
+        FailureReport report = error.report();
+        if (report.code != kExitFailure) report.code = kExitAuth;
+        throw CliError(report);
     }
     facade_ = std::move(facade);
     return *facade_;
@@ -63,11 +85,10 @@ std::string Session::compartmentOr(const std::string& given) { return given.empt
 bool Session::attempt(const std::string& what, const std::function<bool(COracleCloudWrapper&)>& run) {
     COracleCloudWrapper& facade = cloud();
     LogRouter::Instance().beginCall();
-    lastErrorBefore_ = facade.GetLastError();
-    if (interruptHints_) Interrupt::SetHint("the cloud may still be working on: " + what);
+    failureBefore_ = facade.GetLastFailure();
+    if (interruptHints_) InFlight::SetCall(what);
     const bool ok = run(facade);
     Interrupt::ParkIfRequested();
-    if (interruptHints_) Interrupt::SetHint("");
     return ok;
 }
 
@@ -76,62 +97,120 @@ void Session::call(const std::string& what, const std::function<bool(COracleClou
 }
 
 CliError Session::failure(const std::string& what) const {
-    const CallFailure f = LogRouter::Instance().failure();
-    const std::string libraryText = facade_ ? facade_->GetLastError() : std::string();
-    // The facade never clears its text, so an unchanged one may belong to an
-    // earlier call; the service's own answer is the freshest explanation.
-    std::string detail = f.serviceMessage;
-    if (detail.empty() && !libraryText.empty() && libraryText != lastErrorBefore_) detail = libraryText;
-    if (detail.empty()) detail = f.transportError;
-    if (detail.empty()) detail = f.lastErrorLine;
+    SOracleCloudFailureInfoLib record = facade_ ? facade_->GetLastFailure() : SOracleCloudFailureInfoLib();
+    // The facade never clears its record: an unchanged one belongs to an
+    // earlier call (a call that failed without taking over a text).
+    if (SameRecord(record, failureBefore_)) record = SOracleCloudFailureInfoLib();
+
+    std::string detail = record.serviceMessage;
+    if (detail.empty()) detail = record.message;
+    if (detail.empty() && record.httpStatus != 0) {
+        // A proxy's page or a plain-text answer: the status is the explanation.
+        detail = "the service answered HTTP " + std::to_string(record.httpStatus) +
+                 " without an error document";
+    }
+    if (detail.empty()) detail = record.transferError;
+    if (detail.empty()) detail = LogRouter::Instance().lastErrorLine();
     if (detail.empty()) detail = "no details (run with -v to see the library's log)";
+    if (record.message.rfind("Timeout waiting", 0) == 0) {
+        const AgentIni& tunables = const_cast<Session*>(this)->ini();
+        detail = "the library gave up waiting after " + std::to_string(tunables.timeoutSeconds) +
+                 " s; raise nOCIOperationTimeout in the agent configuration (--ini or OCW_CONFIG)";
+    }
 
     // OCI's codes: "NotAuthenticated" (401); "NotAuthorizedOrNotFound" (404)
     // and object storage's "BucketNotFound", "ObjectNotFound", ...
-    const bool codeSaysNotFound = f.serviceCode.size() >= 8 &&
-                                  f.serviceCode.compare(f.serviceCode.size() - 8, 8, "NotFound") == 0 &&
-                                  f.serviceCode != "RelatedResourceNotAuthorizedOrNotFound";
+    const bool codeSaysNotFound = EndsWith(record.serviceCode, "NotFound") &&
+                                  record.serviceCode != "RelatedResourceNotAuthorizedOrNotFound";
+    // A request that never went out could not be signed (key or pass phrase).
+    const bool unsigned_ = !record.request.empty() && record.attempts == 0;
     ExitCode code = kExitFailure;
-    if (f.serviceCode == "NotAuthenticated" || f.httpStatus == 401 || f.signingFailed ||
-        libraryText.find("decrypt the private key") != std::string::npos) {
+    if (record.serviceCode == "NotAuthenticated" || record.httpStatus == 401 || unsigned_ ||
+        record.message.find("decrypt the private key") != std::string::npos) {
         code = kExitAuth;
-    } else if (codeSaysNotFound || f.httpStatus == 404) {
+    } else if (codeSaysNotFound || record.httpStatus == 404) {
         code = kExitNotFound;
     }
-    if (!f.serviceCode.empty()) detail += " (" + f.serviceCode + ")";
-    return CliError(code, what + ": " + detail);
+    if (!record.serviceCode.empty()) detail += " (" + record.serviceCode + ")";
+    FailureReport report;
+    report.code = code;
+    report.message = what + ": " + detail;
+    report.request = record;
+    report.resource = InFlight::Resource();
+    return CliError(report);
 }
 
-std::string Session::waitForState(const std::string& label, const std::function<bool(std::string&)>& read,
-                                  std::initializer_list<const char*> done, std::initializer_list<const char*> failed) {
+long long Session::timeLimitSeconds() {
+    return options_.timeoutSeconds > 0 ? options_.timeoutSeconds : ini().timeoutSeconds;
+}
+
+std::string Session::timeLimitSetting() {
+    return options_.timeoutSeconds > 0 ? std::string("--timeout")
+                                       : std::string("--timeout (default: nOCIOperationTimeout of the agent configuration)");
+}
+
+std::string Session::waitFor(const WaitSpec& spec) {
+    using std::chrono::milliseconds;
+    using std::chrono::seconds;
+    using Clock = std::chrono::steady_clock;
     const AgentIni& tunables = ini();
-    Progress progress(label);
-    const auto pause = tunables.waitSeconds > 0 ? std::chrono::milliseconds(tunables.waitSeconds * 1000)
-                                                : std::chrono::milliseconds(200);
+    InFlight::Track(spec.resourceId);
+    Progress progress(spec.label);
+    const milliseconds pause = tunables.waitSeconds > 0 ? milliseconds(tunables.waitSeconds * 1000) : milliseconds(200);
+    const long long limit = timeLimitSeconds();
+    const Clock::time_point deadline = start_ + seconds(limit);
     std::string state;
+    milliseconds next = pause;
+    unsigned retries = 0;
+    SOracleCloudFailureInfoLib lastFailure;
     for (;;) {
         // As in the library's waits, the first read comes after a full pause:
         // right after the request the cloud may still report the state from
         // before it, which can be a done state (a restore of an AVAILABLE database).
-        std::this_thread::sleep_for(pause);
-        if (!attempt(label, [&](COracleCloudWrapper&) { return read(state); })) {
-            progress.finish();
-            throw failure(label);
-        }
-        progress.state(state);
-        for (const char* d : done) {
-            if (state == d) return state;
-        }
-        for (const char* f : failed) {
-            if (state == f) {
+        const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
+        std::this_thread::sleep_for(std::max(milliseconds(0), std::min(next, left)));
+        if (attempt(spec.label, [&](COracleCloudWrapper&) { return spec.read(state); })) {
+            lastFailure = SOracleCloudFailureInfoLib();
+            retries = 0;
+            next = pause;
+            progress.state(state);
+            InFlight::NoteState(state);
+            if (Contains(spec.done, state)) return state;
+            if (Contains(spec.failed, state)) {
                 progress.finish();
-                throw CliError(kExitFailure, label + ": the resource went into state " + state);
+                FailureReport report;
+                report.message = spec.label + ": " + spec.resourceId + " went into state " + state;
+                report.resource = InFlight::Resource();
+                throw CliError(report);
+            }
+        } else {
+            CliError error = failure(spec.label);
+            if (!IsTransient(error.report().request)) {
+                progress.finish();
+                throw error;
+            }
+            // A hiccup of the service or the network must not end a wait
+            // that may last longer than the hiccup: try again, slower.
+            lastFailure = error.report().request;
+            ++retries;
+            next = std::min<milliseconds>(milliseconds(60000),
+                                          std::max(pause, milliseconds(1000)) * (1 << std::min(retries, 6u)));
+            const std::string why = lastFailure.httpStatus != 0 ? "HTTP " + std::to_string(lastFailure.httpStatus)
+                                                                : lastFailure.transferError;
+            if (Clock::now() < deadline) {
+                progress.state("poll failed (" + why + "), trying again in " +
+                               std::to_string(std::chrono::duration_cast<seconds>(next).count()) + " s");
             }
         }
-        if (progress.elapsedSeconds() > static_cast<double>(tunables.timeoutSeconds)) {
+        if (Clock::now() >= deadline) {
             progress.finish();
-            throw CliError(kExitFailure, label + ": still " + state + " after " +
-                                             std::to_string(tunables.timeoutSeconds) + " s (nOCIOperationTimeout)");
+            FailureReport report;
+            report.message = spec.label + ": gave up after " + std::to_string(limit) + " s" +
+                             (state.empty() ? std::string() : ", last state " + state) + "; raise " +
+                             timeLimitSetting();
+            report.request = lastFailure;
+            report.resource = InFlight::Resource();
+            throw CliError(report);
         }
     }
 }

@@ -3,10 +3,11 @@
 // the agent configuration and one connected facade. The facade is built and
 // connected on first use, so commands that fail on their arguments never
 // touch the network.
+#include <chrono>
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "AgentIni.h"
 #include "ExitCodes.h"
@@ -22,11 +23,22 @@ struct GlobalOptions {
     std::string region;      // empty: the profile's region
     bool json = false;
     int verbosity = 0;
+    long long timeoutSeconds = 0;  // --timeout: limit of ocw's own waits; 0: nOCIOperationTimeout
+};
+
+// One wait of ocw's own on a resource the command created or changed.
+struct WaitSpec {
+    std::string label;       // "backup nightly": the progress line and the messages
+    std::string resourceId;  // what is waited on; named when the wait stops early
+    std::function<bool(std::string& state)> read;  // one poll through the facade
+    std::vector<std::string> done;                 // states that end the wait
+    std::vector<std::string> failed;               // states that fail it
 };
 
 class Session {
 public:
-    explicit Session(GlobalOptions options) : options_(std::move(options)) {}
+    explicit Session(GlobalOptions options)
+        : options_(std::move(options)), start_(std::chrono::steady_clock::now()) {}
 
     const GlobalOptions& options() const { return options_; }
     bool json() const { return options_.json; }
@@ -45,7 +57,7 @@ public:
     // Runs one facade call. On false ends the command: CliError with "what"
     // and the best explanation the library gave, classified into an exit code
     // (see ExitCodes.h). While the call runs, Ctrl-C reports that the cloud
-    // may still be working on "what".
+    // may still be working on "what" (and on the resource of InFlight).
     void call(const std::string& what, const std::function<bool(OracleCloudSDKWrapper::COracleCloudWrapper&)>& run);
 
     // Like call(), but the caller decides about a false result; returns it.
@@ -56,24 +68,32 @@ public:
     // call (the demo's cloud goes away with it).
     void setInterruptHints(bool on) { interruptHints_ = on; }
 
-    // The CliError for the last failed call.
+    // The CliError for the last failed call: the facade's text and failure
+    // record (status, service code and message, request ids), the resource in
+    // flight, and an exit code from the record (401: 3, 404 / "...NotFound": 4).
     CliError failure(const std::string& what) const;
 
-    // Polls read() every nOCIOperationWaitTime seconds (0: 200 ms), the first
-    // time after one interval, until it yields one of the done states, with
-    // progress on stderr. A failed state, a failed read or the timeout of the
-    // agent configuration ends the command. Returns the final state.
-    std::string waitForState(const std::string& label, const std::function<bool(std::string& state)>& read,
-                             std::initializer_list<const char*> done, std::initializer_list<const char*> failed);
+    // The one wait of ocw's own: polls spec.read every nOCIOperationWaitTime
+    // seconds (0: 200 ms), the first time after one interval, until a done
+    // state, with progress on stderr. A transient failure of a poll (429,
+    // 5xx, no answer) is tried again after a growing pause; a failed state,
+    // another failure or the command's time limit ends the command, naming
+    // the resource and its last state. Returns the final state.
+    std::string waitFor(const WaitSpec& spec);
+
+    // The command's time limit for ocw's own waits, seconds, and the setting that gives it.
+    long long timeLimitSeconds();
+    std::string timeLimitSetting();
 
 private:
     GlobalOptions options_;
+    std::chrono::steady_clock::time_point start_;
     bool profileLoaded_ = false;
     OciProfile profile_;
     bool iniLoaded_ = false;
     AgentIni ini_;
     std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> facade_;
-    std::string lastErrorBefore_;
+    OracleCloudSDKWrapper::SOracleCloudFailureInfoLib failureBefore_;
     bool interruptHints_ = true;
 };
 

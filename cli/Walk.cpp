@@ -2,6 +2,8 @@
 
 #include <set>
 
+#include "Progress.h"
+
 namespace ocw {
 
 using OracleCloudSDKWrapper::COracleCloudWrapper;
@@ -31,20 +33,36 @@ std::vector<SContainerInfoLib> AllCompartments(Session& s) {
     return result;
 }
 
+void ForEachCompartment(Session& s, const std::string& compartment, const std::string& label,
+                        const std::function<size_t(const SContainerInfoLib&)>& list) {
+    Progress progress(label, Progress::Mode::Listing);
+    std::vector<SContainerInfoLib> compartments;
+    if (compartment.empty()) {
+        compartments = AllCompartments(s);
+    } else {
+        SContainerInfoLib one;
+        s.call("read compartment " + compartment,
+               [&](COracleCloudWrapper& c) { return c.GetContainerInfo(compartment, "", one, 0, ""); });
+        if (one.guid.empty()) one.guid = compartment;
+        compartments.push_back(one);
+    }
+    size_t found = 0;
+    for (size_t i = 0; i < compartments.size(); ++i) {
+        progress.state("compartment " + std::to_string(i + 1) + " of " + std::to_string(compartments.size()) + ", " +
+                       std::to_string(found) + " found");
+        found += list(compartments[i]);
+    }
+}
+
 std::vector<SVMInfoLib> ListInstances(Session& s, const std::string& compartment) {
     std::vector<SVMInfoLib> result;
-    std::vector<std::string> ids;
-    if (!compartment.empty()) {
-        ids.push_back(compartment);
-    } else {
-        for (const SContainerInfoLib& c : AllCompartments(s)) ids.push_back(c.guid);
-    }
-    for (const std::string& id : ids) {
+    ForEachCompartment(s, compartment, "list instances", [&](const SContainerInfoLib& c) {
         std::vector<SVMInfoLib> list;
-        s.call("list instances of compartment " + id,
-               [&](COracleCloudWrapper& c) { return c.GetVMInfoListForHost(list, id, "", 0, ""); });
+        s.call("list instances of compartment " + c.guid,
+               [&](COracleCloudWrapper& f) { return f.GetVMInfoListForHost(list, c.guid, "", 0, ""); });
         result.insert(result.end(), list.begin(), list.end());
-    }
+        return list.size();
+    });
     return result;
 }
 
@@ -57,8 +75,8 @@ std::string FirstAvailabilityDomain(Session& s, const std::string& compartment) 
 }
 
 void WaitForVolume(Session& s, const std::string& id, const std::string& label) {
-    s.waitForState(label, [&](std::string& state) { return s.cloud().GetVolumeStatus(id, state); }, {"AVAILABLE"},
-                   {"FAULTY", "TERMINATED"});
+    s.waitFor({label, id, [&](std::string& state) { return s.cloud().GetVolumeStatus(id, state); }, {"AVAILABLE"},
+               {"FAULTY", "TERMINATED"}});
 }
 
 }  // namespace ocw

@@ -1,5 +1,6 @@
 #pragma once
 // Walks over the tenancy that several commands share.
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,13 @@ namespace ocw {
 // Every compartment of the tenancy, the root first, then breadth first; the
 // library lists one level at a time. Deleted compartments are left out.
 std::vector<OracleCloudSDKWrapper::SContainerInfoLib> AllCompartments(Session& session);
+
+// Runs list() for the given compartment (read for its name), or for every
+// compartment of the tenancy when none is given, in order; list returns how
+// many items it found. A listing that takes longer than a second shows its
+// progress on stderr under `label`. Any failure ends the command.
+void ForEachCompartment(Session& session, const std::string& compartment, const std::string& label,
+                        const std::function<size_t(const OracleCloudSDKWrapper::SContainerInfoLib&)>& list);
 
 // The instances of one compartment, or of all compartments when empty.
 // Terminated instances are left out by the library.

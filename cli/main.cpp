@@ -1,13 +1,24 @@
 // ocw: the command-line tool over the library's public facade.
 #include <CLI/CLI.hpp>
 
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <fstream>
 #include <iostream>
 
+#include "CommandDocs.h"
 #include "Commands.h"
 #include "ExitCodes.h"
+#include "Failure.h"
 #include "Interrupt.h"
 #include "LogRouter.h"
 #include "Session.h"
+
+#ifndef OCW_VERSION
+#define OCW_VERSION "0.0.0"
+#endif
 
 namespace {
 
@@ -15,26 +26,75 @@ const char* kFooter =
     "Exit codes: 0 success, 1 failure, 2 usage error, 3 credentials refused or unusable,\n"
     "4 resource not found, 130 interrupted (Ctrl-C).\n"
     "Configuration: the OCI config file (--config-file, default ~/.oci/config) and the\n"
-    "agent configuration (--ini, default $OCW_CONFIG). See docs/cli.md.";
+    "agent configuration (--ini, default $OCW_CONFIG). See docs/cli.md and man ocw.\n";
+
+// A reader that went away (ocw ... | head -1) has all it wanted: that is
+// not an error to report. The write end of a pipe without readers polls as
+// an error.
+bool StdoutReaderGone() {
+    pollfd out{STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
+}
+
+int Finish(int code) {
+    std::cout.flush();
+    if (!std::cout) return StdoutReaderGone() ? ocw::kExitOk : ocw::kExitFailure;
+    return code;
+}
+
+// Errors before the options are parsed still honour --json.
+bool JsonAsked(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (std::string(argv[i]) == "--json") return true;
+    }
+    return false;
+}
+
+int UsageError(const std::string& message, bool json) {
+    ocw::PrintFailure(std::cerr, ocw::FailureReport{ocw::kExitUsage, message, {}, {}}, json);
+    return ocw::kExitUsage;
+}
+
+bool WriteFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
+    std::ofstream out(path, std::ios::trunc);
+    write(out);
+    out.close();
+    return static_cast<bool>(out);
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Writes to a closed pipe fail with EPIPE instead of killing ocw; see Finish.
+    ::signal(SIGPIPE, SIG_IGN);
     ocw::Interrupt::Install();
 
     ocw::GlobalOptions options;
+    const std::string version = std::string("ocw ") + OCW_VERSION + " (OracleCloudSDKWrapper library " +
+                                OracleCloudSDKWrapper::COracleCloudWrapper::GetLibraryVersion() + ")";
     CLI::App app{"ocw - manage Oracle Cloud Infrastructure resources through the OracleCloudSDKWrapper library",
                  "ocw"};
-    app.footer(kFooter);
     app.require_subcommand(1);
     app.fallthrough();
+    app.set_version_flag("--version", version, "print the versions of ocw and of the library");
     app.add_option("--profile", options.profile, "profile of the OCI config file (default DEFAULT or $OCI_CLI_PROFILE)");
     app.add_option("--config-file", options.configFile,
                    "OCI config file (default ~/.oci/config or $OCI_CLI_CONFIG_FILE)");
     app.add_option("--ini", options.ini, "agent configuration file of the library (default $OCW_CONFIG)");
     app.add_option("--region", options.region, "region to work in (default: the profile's region)");
-    app.add_flag("--json", options.json, "machine-readable output");
+    app.add_flag("--json", options.json, "machine-readable output; errors as JSON on stderr");
+    app.add_option("--timeout", options.timeoutSeconds,
+                   "longest time in seconds of ocw's own waits (default: nOCIOperationTimeout of the agent "
+                   "configuration)")
+        ->check(CLI::Range(1LL, 100000000LL).description(""))
+        ->type_name("SECONDS");
     app.add_flag("-v,--verbose", options.verbosity, "library log on stderr; -vv adds requests, -vvv everything");
+    // Build steps write the man page and the bash completion from the
+    // command definitions (hidden: an empty group).
+    std::string manPage;
+    std::string bashCompletion;
+    app.add_option("--generate-man-page", manPage)->group("");
+    app.add_option("--generate-bash-completion", bashCompletion)->group("");
 
     ocw::Action action;
     ocw::RegisterInventoryCommands(app, action);
@@ -44,22 +104,34 @@ int main(int argc, char** argv) {
     ocw::RegisterImageCommands(app, action);
     ocw::RegisterDatabaseCommands(app, action);
     ocw::RegisterDemoCommand(app, action);
+    ocw::AddGlobalOptionsToHelp(app, kFooter);
 
+    const bool json = JsonAsked(argc, argv);
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    const bool generating = argc == 3 && (args[0] == "--generate-man-page" || args[0] == "--generate-bash-completion");
+    if (!generating) {
+        const std::string wordError = ocw::CheckCommandWords(app, args);
+        if (!wordError.empty()) return UsageError(wordError + " (see ocw --help)", json);
+    }
+    if (generating) app.require_subcommand(0);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
-    } catch (const CLI::CallForAllHelp& e) {
-        return app.exit(e);
+    } catch (const CLI::Success& e) {
+        return app.exit(e);  // --help, --version
     } catch (const CLI::ParseError& e) {
-        app.exit(e);
-        return ocw::kExitUsage;
+        return UsageError(std::string(e.what()) + " (see --help)", json);
     }
-    if (!action) {
-        std::cerr << "ocw: nothing to do; see ocw --help\n";
-        return ocw::kExitUsage;
+    if (!manPage.empty() || !bashCompletion.empty()) {
+        const bool ok = (manPage.empty() || WriteFile(manPage, [&](std::ostream& out) {
+                             ocw::WriteManPage(app, version, out);
+                         })) &&
+                        (bashCompletion.empty() ||
+                         WriteFile(bashCompletion, [&](std::ostream& out) { ocw::WriteBashCompletion(app, out); }));
+        return ok ? ocw::kExitOk : ocw::kExitFailure;
     }
+    if (!action) return UsageError("nothing to do (see ocw --help)", json);
 
+    ocw::Interrupt::SetJsonErrors(options.json);
     ocw::LogRouter::Instance().install(options.verbosity);
     ocw::Session session(options);
     try {
@@ -68,14 +140,15 @@ int main(int argc, char** argv) {
     } catch (const ocw::CliError& e) {
         ocw::Interrupt::ParkIfRequested();
         std::cout.flush();
-        std::cerr << "ocw: " << e.what() << '\n';
+        ocw::PrintFailure(std::cerr, e.report(), options.json);
         return e.code();
     } catch (const std::exception& e) {
         ocw::Interrupt::ParkIfRequested();
         std::cout.flush();
-        std::cerr << "ocw: unexpected error: " << e.what() << '\n';
+        ocw::PrintFailure(std::cerr,
+                          ocw::FailureReport{ocw::kExitFailure, std::string("unexpected error: ") + e.what(), {}, {}},
+                          options.json);
         return ocw::kExitFailure;
     }
-    std::cout.flush();
-    return std::cout ? ocw::kExitOk : ocw::kExitFailure;
+    return Finish(ocw::kExitOk);
 }

@@ -46,6 +46,12 @@ bool FaultRule::FromJson(const JObject& o, FaultRule& out, std::string& error) {
     }
     out.code = JStr(o, "code");
     out.message = JStr(o, "message");
+    out.body = JStr(o, "body");
+    out.contentType = JStr(o, "contentType");
+    if (!out.body.empty() && out.action != "status") {
+        error = "body goes with action status";
+        return false;
+    }
     if (out.status && (out.code.empty() || out.message.empty())) {
         std::string code, message;
         DefaultErrorFor(out.status, code, message);
@@ -73,7 +79,8 @@ bool FaultRule::FromJson(const JObject& o, FaultRule& out, std::string& error) {
 JObject FaultRule::toJson() const {
     return JObject{{"id", id},         {"method", method},   {"pathPrefix", pathPrefix},
                    {"host", host},     {"action", action},   {"status", status},
-                   {"code", code},     {"message", message}, {"times", times},
+                   {"code", code},     {"message", message}, {"body", body},
+                   {"contentType", contentType},             {"times", times},
                    {"probability", probability}, {"delayMs", delayMs}, {"hits", hits}};
 }
 
@@ -119,6 +126,8 @@ FaultDecision FaultRules::match(const std::string& method, const std::string& pa
             d.status = r.status;
             d.code = r.code;
             d.message = r.message;
+            d.body = r.body;
+            d.contentType = r.contentType.empty() ? "text/plain" : r.contentType;
         }
     }
     return d;

@@ -23,6 +23,8 @@ struct FaultRule {
     int status = 0;            // for "status": the HTTP status to answer
     std::string code;          // error code in the body (default from the status)
     std::string message;       // error message (default from the status)
+    std::string body;          // for "status": a raw answer instead of the JSON error (a proxy's page)
+    std::string contentType;   // of that raw answer (default text/plain)
     int times = -1;            // applications left; -1 = unlimited
     double probability = 1.0;  // chance that a matching request is hit
     int delayMs = 0;           // added delay before answering (any action)
@@ -41,6 +43,8 @@ struct FaultDecision {
     int status = 0;
     std::string code;
     std::string message;
+    std::string body;         // raw answer instead of the error document (empty: the document)
+    std::string contentType;
     std::string ruleId;  // the rule that chose the action (or the last delay rule)
 };
 

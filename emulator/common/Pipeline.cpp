@@ -65,7 +65,12 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
         }
         if (fault.delayMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
         std::string reason;
-        if (fault.action == "status") {
+        if (fault.action == "status" && !fault.body.empty()) {
+            // What a proxy or load balancer in front of the service answers.
+            res.status = fault.status;
+            res.body = fault.body;
+            res.contentType = fault.contentType;
+        } else if (fault.action == "status") {
             auth.error(res, fault.status, fault.code, fault.message);
             if (fault.status == 429 || fault.status == 503) res.setHeader("retry-after", "1");
         } else if (fault.action == "close") {

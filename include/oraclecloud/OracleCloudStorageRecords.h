@@ -73,4 +73,13 @@ struct SStorageBucketInfoLib {
     std::string compartmentId;
 };
 
+// Extension: an OCI object storage object as a bucket's listing shows it
+// (COracleCloudWrapper::ListObjects).
+struct SStorageObjectInfoLib {
+    std::string name;              // exactly as stored: blanks, "#", "?", "%", non-ASCII letters kept
+    unsigned long long sizeBytes = 0;
+    std::string md5;               // base64 MD5 of the content
+    std::string timeCreated;       // RFC 3339 text
+};
+
 }  // namespace OracleCloudSDKWrapper

@@ -15,6 +15,7 @@ class COracleCloudParser;
 class COracleCloudBaseConnection;
 class COracleCloudBaseQueries;
 class COracleCloudBaseOperations;
+struct FacadeErrorSlot;
 
 // Receives every log line of the library: level (0 = error, 1 = debug, higher =
 // more detail), the full signature of the function that wrote it, and the text.
@@ -72,6 +73,18 @@ public:
     std::string GetDefaultRegion();
     // Text of the last delegated failure.
     std::string GetLastError() const { return m_lastError; }
+    // Extension: the record of the failure behind GetLastError(), taken with
+    // the text by the same rule (after a failed delegated call, and where the
+    // facade writes a text of its own; a facade that keeps its text keeps its
+    // record too). Its request part describes the last request that failed
+    // during that call: status, the service's code and message, the service's
+    // and the library's opc-request-id, the transfer error and the attempts.
+    // A call that failed without a failed request (a wait that ran out, a
+    // refused argument) leaves only the message.
+    SOracleCloudFailureInfoLib GetLastFailure() const { return m_lastFailure; }
+    // Extension: the library's version ("1.0.0"); OCI requests name it in
+    // their User-Agent header.
+    static std::string GetLibraryVersion();
     EOracleCloudType GetCloudType() const { return m_cloudType; }
 
     // ---- Inventory --------------------------------------------------------
@@ -308,6 +321,21 @@ public:
     // Public key text of a key pair; failures are logged at debug level only.
     bool GetPublicKeyForKeyName(const std::string& keyName, std::string& publicKey);
 
+    // ---- Extensions: listings for finding what was left behind (OCI) -------
+    // Not in the designed interface; a Classic facade answers false. Each lists
+    // one compartment (appended to the vector); GetLastError() explains a false.
+    // Block and boot volumes, attached or not (boot volumes are bootable).
+    bool ListVolumes(std::vector<SDiskInfoLib>& volumes, const std::string& compartmentId, const std::string& region);
+    // Volume and boot volume backups.
+    bool ListVolumeBackups(std::vector<SSnapshotInfoLib>& backups, const std::string& compartmentId,
+                           const std::string& region);
+    // Volume and boot volume attachments, of every state.
+    bool ListVolumeAttachments(std::vector<SStorageAttachmentInfoLib>& attachments, const std::string& compartmentId,
+                               const std::string& region);
+    // The objects of a bucket of the tenant's namespace (looked up as for the
+    // other object storage calls).
+    bool ListObjects(const std::string& bucket, std::vector<SStorageObjectInfoLib>& objects);
+
 protected:
     // For tests and embedding: takes ownership of the four backend objects
     // (any may be null) instead of building them from the cloud type. The type
@@ -315,12 +343,16 @@ protected:
     COracleCloudWrapper(EOracleCloudType type, COracleCloudParser* parser, COracleCloudBaseConnection* connection,
                         COracleCloudBaseQueries* queries, COracleCloudBaseOperations* operations);
 
+    // The last error text and failure record, for ForwardToBackend.
+    FacadeErrorSlot errorSlot();
+
     std::string m_lastError;
     COracleCloudBaseConnection* m_connection;
     COracleCloudParser* m_parser;
     COracleCloudBaseQueries* m_queries;
     COracleCloudBaseOperations* m_operations;
     EOracleCloudType m_cloudType;
+    SOracleCloudFailureInfoLib m_lastFailure;  // Extension: goes with m_lastError
 };
 
 }  // namespace OracleCloudSDKWrapper

@@ -165,5 +165,20 @@ bool COracleCloudBaseQueries::GetListFromLink(const std::string&, std::vector<SO
 bool COracleCloudBaseQueries::GetResourceNamesFromURITraversal(const std::string&, int, std::vector<std::string>&) {
     return false;
 }
+bool COracleCloudBaseQueries::ListVolumes(std::vector<SDiskInfoLib>&, const std::string&, const std::string&) {
+    return false;
+}
+bool COracleCloudBaseQueries::ListVolumeBackups(std::vector<SSnapshotInfoLib>&, const std::string&,
+                                                const std::string&) {
+    return false;
+}
+bool COracleCloudBaseQueries::ListVolumeAttachments(std::vector<SStorageAttachmentInfoLib>&, const std::string&,
+                                                    const std::string&) {
+    return false;
+}
+bool COracleCloudBaseQueries::ListObjects(std::vector<SStorageObjectInfoLib>&, const std::string&,
+                                          const std::string&) {
+    return false;
+}
 
 }  // namespace OracleCloudSDKWrapper

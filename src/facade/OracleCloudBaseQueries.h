@@ -143,6 +143,20 @@ public:
     virtual bool GetListFromLink(const std::string& link, std::vector<SOracleSSHKeyLib>& keys);
     virtual bool GetResourceNamesFromURITraversal(const std::string& uri, int levels, std::vector<std::string>& names);
 
+    // ---- Extensions (after the designed slots; OCI only, defaults false) --
+    // Listings for finding what a backup or restore left behind: every block
+    // and boot volume of a compartment (attached or not), every volume and
+    // boot volume backup, every volume and boot volume attachment, and the
+    // objects of a bucket in a namespace. Appended to the caller's vector.
+    virtual bool ListVolumes(std::vector<SDiskInfoLib>& volumes, const std::string& compartmentId,
+                             const std::string& region);
+    virtual bool ListVolumeBackups(std::vector<SSnapshotInfoLib>& backups, const std::string& compartmentId,
+                                   const std::string& region);
+    virtual bool ListVolumeAttachments(std::vector<SStorageAttachmentInfoLib>& attachments,
+                                       const std::string& compartmentId, const std::string& region);
+    virtual bool ListObjects(std::vector<SStorageObjectInfoLib>& objects, const std::string& nameSpace,
+                             const std::string& bucket);
+
 protected:
     COracleCloudBaseConnection* m_connection;
 };

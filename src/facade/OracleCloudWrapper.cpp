@@ -85,7 +85,7 @@ void COracleCloudWrapper::SetLogLevel(int level) { DebugLog::SetThreshold(level)
 
 bool COracleCloudWrapper::Connect(const std::string& server, const std::string& user, const std::string& password,
                                   EOracleServiceType service) {
-    if (!ForwardToBackend(m_lastError, m_connection, [&](COracleCloudBaseConnection& connection) {
+    if (!ForwardToBackend(errorSlot(), m_connection, [&](COracleCloudBaseConnection& connection) {
             return connection.connect(server, user, password, service);
         })) {
         return false;
@@ -94,7 +94,7 @@ bool COracleCloudWrapper::Connect(const std::string& server, const std::string& 
 }
 
 bool COracleCloudWrapper::CheckConnection() {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [](COracleCloudBaseQueries& queries) { return queries.CheckConnection(); });
 }
 
@@ -124,19 +124,19 @@ bool COracleCloudWrapper::DeleteVM(const std::string& vmName, const std::string&
     }
     // The first option is always true (OCI keeps the boot volume for a later
     // restore; Classic waits for the instance to go), whatever the caller asked.
-    return ForwardToBackend(m_lastError, m_operations, [&](COracleCloudBaseOperations& operations) {
+    return ForwardToBackend(errorSlot(), m_operations, [&](COracleCloudBaseOperations& operations) {
         return operations.DeleteVM(vmName, vm.fullName, true, wait);
     });
 }
 
 bool COracleCloudWrapper::DeployVM(SVMInfoLib& vm, const std::string& templateId, const std::string& region) {
     SVMInfoLib templateInfo;
-    if (!ForwardToBackend(m_lastError, m_queries, [&](COracleCloudBaseQueries& queries) {
+    if (!ForwardToBackend(errorSlot(), m_queries, [&](COracleCloudBaseQueries& queries) {
             return queries.GetTemplateInfo(templateId, templateInfo, region);
         })) {
         return false;
     }
-    if (!ForwardToBackend(m_lastError, m_operations,
+    if (!ForwardToBackend(errorSlot(), m_operations,
                           [&](COracleCloudBaseOperations& operations) { return operations.DeployVM(vm, templateId); })) {
         return false;
     }

@@ -1,4 +1,5 @@
 // Object storage for image import, and the public key text of a key pair.
+#include "facade/FacadeForward.h"
 #include "facade/OracleCloudBaseOperations.h"
 #include "facade/OracleCloudBaseQueries.h"
 #include "oraclecloud/OracleCloudWrapper.h"
@@ -14,7 +15,7 @@ namespace {
 // last error alone; a failure of the operation itself hands its text over.
 template <class Call>
 bool WithTenantNamespace(COracleCloudBaseQueries* queries, COracleCloudBaseOperations* operations,
-                         std::string& lastError, bool& namespaceMissing, Call&& call) {
+                         const FacadeErrorSlot& slot, bool& namespaceMissing, Call&& call) {
     namespaceMissing = false;
     std::string tenantNamespace;
     if (queries == nullptr || !queries->GetNamespaceForTenant(tenantNamespace)) {
@@ -24,8 +25,9 @@ bool WithTenantNamespace(COracleCloudBaseQueries* queries, COracleCloudBaseOpera
     if (operations == nullptr) {
         return false;
     }
+    const unsigned long long since = slot.mark();
     if (!call(*operations, tenantNamespace)) {
-        lastError = operations->GetLastError();
+        slot.take(operations->GetLastError(), since);
         return false;
     }
     return true;
@@ -37,7 +39,7 @@ bool COracleCloudWrapper::UploadToObjectStorage(const std::string& bucket, const
                                                 const std::string& content) {
     bool namespaceMissing = false;
     const bool done = WithTenantNamespace(
-        m_queries, m_operations, m_lastError, namespaceMissing,
+        m_queries, m_operations, errorSlot(), namespaceMissing,
         [&](COracleCloudBaseOperations& operations, const std::string& tenantNamespace) {
             return operations.UploadToObjectStorage(tenantNamespace, bucket, object, content);
         });
@@ -50,7 +52,7 @@ bool COracleCloudWrapper::UploadToObjectStorage(const std::string& bucket, const
 bool COracleCloudWrapper::CreateImage(const std::string& bucket, const std::string& object, SImageInfoLib& image) {
     bool namespaceMissing = false;
     const bool done = WithTenantNamespace(
-        m_queries, m_operations, m_lastError, namespaceMissing,
+        m_queries, m_operations, errorSlot(), namespaceMissing,
         [&](COracleCloudBaseOperations& operations, const std::string& tenantNamespace) {
             return operations.CreateImage(tenantNamespace, bucket, object, image);
         });
@@ -63,7 +65,7 @@ bool COracleCloudWrapper::CreateImage(const std::string& bucket, const std::stri
 bool COracleCloudWrapper::DeleteStorageObject(const std::string& bucket, const std::string& object) {
     bool namespaceMissing = false;
     const bool done = WithTenantNamespace(
-        m_queries, m_operations, m_lastError, namespaceMissing,
+        m_queries, m_operations, errorSlot(), namespaceMissing,
         [&](COracleCloudBaseOperations& operations, const std::string& tenantNamespace) {
             return operations.DeleteStorageObject(tenantNamespace, bucket, object);
         });

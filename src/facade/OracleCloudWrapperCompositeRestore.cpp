@@ -72,7 +72,7 @@ bool COracleCloudWrapper::IsImageImportOperationCompleted(const std::string& ima
         return false;
     }
     SVMInfoLib image;
-    if (!ForwardToBackend(m_lastError, m_queries, [&](COracleCloudBaseQueries& queries) {
+    if (!ForwardToBackend(errorSlot(), m_queries, [&](COracleCloudBaseQueries& queries) {
             return queries.GetTemplateInfo(imageId, image, region);
         })) {
         return false;
@@ -88,7 +88,8 @@ bool COracleCloudWrapper::IsImageImportOperationCompleted(const std::string& ima
         completed = false;
         return true;
     }
-    m_lastError = "Image [" + imageId + "] went into erroneous state [" + state + "] while importing.";
+    errorSlot().take("Image [" + imageId + "] went into erroneous state [" + state + "] while importing.",
+                     errorSlot().mark());
     return false;
 }
 
@@ -98,6 +99,7 @@ bool COracleCloudWrapper::DoesVMExist(const std::string& vmName, const std::stri
         return false;
     }
     SVMInfoLib vm;
+    const unsigned long long since = errorSlot().mark();
     if (m_queries->GetVMInfo(vmName, vmId, vm, 0, std::string())) {
         // OCI keeps answering for a terminated instance for a while.
         exists = vm.state != "TERMINATED";
@@ -111,7 +113,7 @@ bool COracleCloudWrapper::DoesVMExist(const std::string& vmName, const std::stri
     if (code == kHttpNotFound || classicWalkFoundNothing) {
         return true;
     }
-    m_lastError = m_queries->GetLastError();
+    errorSlot().take(m_queries->GetLastError(), since);
     OCW_LOG_ERROR(this, "Fetching the instance details for instance [%s] has failed",
                   (vmId.empty() ? vmName : vmId).c_str());
     return false;
@@ -121,7 +123,7 @@ bool COracleCloudWrapper::GetAvailabilityDomainListForTenancy(std::vector<SAvail
                                                               const std::string& region) {
     // The domains are listed on the root compartment, whose id is the tenancy's.
     const std::string tenancy = m_connection != nullptr ? m_connection->getIdentityDomain() : std::string();
-    return ForwardToBackend(m_lastError, m_queries, [&](COracleCloudBaseQueries& queries) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](COracleCloudBaseQueries& queries) {
         return queries.GetAvailabilityDomainList(domains, 0, tenancy, region);
     });
 }

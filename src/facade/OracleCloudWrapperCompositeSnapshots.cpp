@@ -119,8 +119,9 @@ bool COracleCloudWrapper::RevertToIntegritySnapshot(const std::string& volumeUri
     const auto operationsError = [this]() {
         return m_operations != nullptr ? m_operations->GetLastError() : std::string();
     };
+    const unsigned long long since = errorSlot().mark();
     if (!CreateVolumeFromSnapshot(snapshotUri, newName, createdVolume)) {
-        m_lastError = operationsError();
+        errorSlot().take(operationsError(), since);
         OCW_LOG_ERROR(this, "Could not create volume from integrity snapshot  [%s]: [%s]", snapshotUri.c_str(),
                       m_lastError.c_str());
         return false;
@@ -128,7 +129,7 @@ bool COracleCloudWrapper::RevertToIntegritySnapshot(const std::string& volumeUri
     // The replacement exists: the revert has done its job even if the old
     // volume stays behind.
     if (!DeleteVolume(volumeUri)) {
-        m_lastError = operationsError();
+        errorSlot().take(operationsError(), since);
         OCW_LOG_ERROR(this, "Could not delete volume  [%s]: [%s]", volumeUri.c_str(), m_lastError.c_str());
     }
     return true;
@@ -136,7 +137,7 @@ bool COracleCloudWrapper::RevertToIntegritySnapshot(const std::string& volumeUri
 
 bool COracleCloudWrapper::GetSnapshotStatus(const std::string& snapshot, std::string& status) {
     SSnapshotInfoLib info;
-    if (!ForwardToBackend(m_lastError, m_queries, [&](COracleCloudBaseQueries& queries) {
+    if (!ForwardToBackend(errorSlot(), m_queries, [&](COracleCloudBaseQueries& queries) {
             return queries.GetSnapshotInfoForSnapshotName(snapshot, info);
         })) {
         OCW_LOG_ERROR(this, "Cannot get snapshot details for [%s]", snapshot.c_str());

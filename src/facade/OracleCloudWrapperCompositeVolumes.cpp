@@ -54,7 +54,7 @@ bool COracleCloudWrapper::AttachVolume(const std::string& volumeName, const std:
         disk.name = volumeName;  // the Classic attachment names the volume by its full name
     }
     SStorageAttachmentInfoLib attachment;
-    return ForwardToBackend(m_lastError, m_operations, [&](COracleCloudBaseOperations& operations) {
+    return ForwardToBackend(errorSlot(), m_operations, [&](COracleCloudBaseOperations& operations) {
         return operations.CreateVolumeAttachmentToInstance(disk, vm, noFreeIndex, attachment);
     });
 }
@@ -73,7 +73,7 @@ bool COracleCloudWrapper::AttachVolume(const std::string& volumeId, const std::s
     SDiskInfoLib disk;
     disk.guid = volumeId;
     disk.volumeName = volumeId;
-    return ForwardToBackend(m_lastError, m_operations, [&](COracleCloudBaseOperations& operations) {
+    return ForwardToBackend(errorSlot(), m_operations, [&](COracleCloudBaseOperations& operations) {
         return operations.CreateVolumeAttachmentToInstance(disk, vm, limitReached, attachment);
     });
 }
@@ -177,6 +177,7 @@ bool COracleCloudWrapper::CreateVolume(SDiskInfoLib& disk, const std::string& sc
 }
 
 bool COracleCloudWrapper::ReConfigureVM(const std::string& instanceName, std::vector<SDiskInfoLib>& disks) {
+    const unsigned long long since = errorSlot().mark();
     SVMInfoLib vm;
     if (!GetVMInfo(std::string(), instanceName, vm, kBasicVMFlags, std::string())) {
         OCW_LOG_ERROR(this, "Fetching the instance details for instance [%s] has failed", instanceName.c_str());
@@ -196,7 +197,7 @@ bool COracleCloudWrapper::ReConfigureVM(const std::string& instanceName, std::ve
         // Classic creates the volume under the instance's user; OCI in the current region.
         if (!CreateVolume(disk, oci ? std::string() : vm.compartmentId)) {
             OCW_LOG_ERROR(this, "Creation of the disk failed.");
-            if (m_operations != nullptr) m_lastError = m_operations->GetLastError();
+            if (m_operations != nullptr) errorSlot().take(m_operations->GetLastError(), since);
             return false;
         }
         if (oci && disk.guid.empty()) {
@@ -214,7 +215,7 @@ bool COracleCloudWrapper::ReConfigureVM(const std::string& instanceName, std::ve
         bool limitReached = false;
         SStorageAttachmentInfoLib attachment;
         if (!m_operations->CreateVolumeAttachmentToInstance(disk, vm, limitReached, attachment)) {
-            m_lastError = m_operations->GetLastError();
+            errorSlot().take(m_operations->GetLastError(), since);
             if (limitReached) {
                 OCW_LOG_ERROR(this, "No Free slot available to attach the disk to the instance [%s]",
                               instanceName.c_str());
@@ -233,7 +234,7 @@ bool COracleCloudWrapper::ReConfigureVM(const std::string& instanceName, std::ve
 
 bool COracleCloudWrapper::GetVolumeStatus(const std::string& volume, std::string& status) {
     SDiskInfoLib disk = VolumeNamed(volume);
-    if (!ForwardToBackend(m_lastError, m_queries,
+    if (!ForwardToBackend(errorSlot(), m_queries,
                           [&](COracleCloudBaseQueries& queries) { return queries.GetVolumeInfo(disk, kReadVolume); })) {
         OCW_LOG_ERROR(this, "Cannot get volume details for [%s]", volume.c_str());
         return false;
@@ -245,23 +246,23 @@ bool COracleCloudWrapper::GetVolumeStatus(const std::string& volume, std::string
 bool COracleCloudWrapper::MakeVolumeBootable(const std::string& volume) {
     // The cloud rewrites the volume whole, so the update starts from its current record.
     SDiskInfoLib disk = VolumeNamed(volume);
-    if (!ForwardToBackend(m_lastError, m_queries,
+    if (!ForwardToBackend(errorSlot(), m_queries,
                           [&](COracleCloudBaseQueries& queries) { return queries.GetVolumeInfo(disk, kReadVolume); })) {
         OCW_LOG_ERROR(this, "Cannot get volume details for [%s]", volume.c_str());
         return false;
     }
-    return ForwardToBackend(m_lastError, m_operations,
+    return ForwardToBackend(errorSlot(), m_operations,
                             [&](COracleCloudBaseOperations& operations) { return operations.MakeVolumeBootable(disk); });
 }
 
 bool COracleCloudWrapper::ClearDescriptionForVolume(const std::string& volume) {
     SDiskInfoLib disk = VolumeNamed(volume);
-    if (!ForwardToBackend(m_lastError, m_queries,
+    if (!ForwardToBackend(errorSlot(), m_queries,
                           [&](COracleCloudBaseQueries& queries) { return queries.GetVolumeInfo(disk, kReadVolume); })) {
         OCW_LOG_ERROR(this, "Cannot get volume details for [%s]", volume.c_str());
         return false;
     }
-    return ForwardToBackend(m_lastError, m_operations, [&](COracleCloudBaseOperations& operations) {
+    return ForwardToBackend(errorSlot(), m_operations, [&](COracleCloudBaseOperations& operations) {
         return operations.ClearDescriptionForVolume(disk);
     });
 }

@@ -27,38 +27,38 @@ void SortNoCase(std::vector<Record>& records, std::string Record::*key) {
 bool COracleCloudWrapper::GetHostInfo(const std::string& hostId, const std::string& hostName,
                                       const std::string& /*unusedName*/, SHostInfoLib& host,
                                       unsigned long long flags, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetHostInfo(hostId, hostName, host, flags, region); });
 }
 
 bool COracleCloudWrapper::GetHostInfoList(std::vector<SHostInfoLib>& hosts, const std::string& parentId,
                                           unsigned long long flags, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetHostInfoList(hosts, parentId, flags, region); });
 }
 
 bool COracleCloudWrapper::GetVMInfo(const std::string& vmName, const std::string& vmId, SVMInfoLib& vm,
                                     unsigned long long flags, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetVMInfo(vmName, vmId, vm, flags, region); });
 }
 
 bool COracleCloudWrapper::GetVMInfoList(std::vector<SVMInfoLib>& vms, unsigned long long flags,
                                         const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetVMInfoList(vms, flags, region); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetVMInfoList(vms, flags, region); });
 }
 
 bool COracleCloudWrapper::GetVMInfoListForHost(std::vector<SVMInfoLib>& vms, const std::string& hostId,
                                                const std::string& hostName, unsigned long long flags,
                                                const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetVMInfoListForHost(vms, hostId, hostName, flags, region); });
 }
 
 bool COracleCloudWrapper::GetTemplateInfoList(std::vector<SVMInfoLib>& templates, const std::string& compartmentId,
                                               unsigned long long flags, unsigned long long flags2,
                                               const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetTemplateInfoList(templates, compartmentId, flags, flags2, region);
     });
 }
@@ -67,14 +67,14 @@ bool COracleCloudWrapper::GetTemplateInfoListFilterByName(std::vector<SVMInfoLib
                                                           const std::string& compartmentId, const std::string& name,
                                                           unsigned long long flags, unsigned long long flags2,
                                                           const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetTemplateInfoListFilterByName(templates, compartmentId, name, flags, flags2, region);
     });
 }
 
 bool COracleCloudWrapper::GetTemplateInfo(const std::string& templateId, SVMInfoLib& templateInfo,
                                           const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetTemplateInfo(templateId, templateInfo, region); });
 }
 
@@ -108,7 +108,7 @@ bool COracleCloudWrapper::GetNetworkList(std::vector<SNetworkInfoLib>& networks,
 
 bool COracleCloudWrapper::GetInstanceShapeList(std::vector<SInstanceShapeInfoLib>& shapes,
                                                const std::string& compartmentId, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetInstanceShapeList(shapes, compartmentId, region); });
 }
 
@@ -116,49 +116,49 @@ bool COracleCloudWrapper::GetInstanceShapeListForImage(std::vector<SInstanceShap
                                                        const std::string& compartmentId, const std::string& imageId,
                                                        const std::string& availabilityDomain,
                                                        const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetInstanceShapeListForImage(shapes, compartmentId, imageId, availabilityDomain, region);
     });
 }
 
 bool COracleCloudWrapper::GetDCInfoList(std::vector<SDataCenterInfoLib>& dataCenters, unsigned long long flags,
                                         unsigned long long flags2, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDCInfoList(dataCenters, flags, flags2, region); });
 }
 
 bool COracleCloudWrapper::WaitForBoot(SVMInfoLib& vm, int timeoutSeconds, bool waitForIPAddress,
                                       const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.WaitForBoot(vm, timeoutSeconds, waitForIPAddress, region); });
 }
 
 bool COracleCloudWrapper::GetRegionList(std::vector<SRegionInfoLib>& regions) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetRegionInfoList(regions, 0); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetRegionInfoList(regions, 0); });
 }
 
 bool COracleCloudWrapper::GetSubscribedRegionList(std::vector<SRegionInfoLib>& regions) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetSubscribedRegionInfoList(regions, 0); });
 }
 
 bool COracleCloudWrapper::GetContainerInfoList(std::vector<SContainerInfoLib>& containers,
                                                const std::string& parentId, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetContainerInfoList(containers, parentId, 0, region); });
 }
 
 bool COracleCloudWrapper::GetContainerInfo(const std::string& containerId, const std::string& containerName,
                                            SContainerInfoLib& container, unsigned long long /*unusedFlags*/,
                                            const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetContainerInfo(containerId, containerName, container, 0, region);
     });
 }
 
 bool COracleCloudWrapper::GetAvailabilityDomainList(std::vector<SAvailabilityDomainInfoLib>& domains,
                                                     const std::string& compartmentId, const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetAvailabilityDomainList(domains, 0, compartmentId, region);
     });
 }
@@ -167,97 +167,97 @@ bool COracleCloudWrapper::GetBootVolumeAttachmentForInstance(const std::string& 
                                                              const std::string& compartmentId,
                                                              const std::string& instanceId,
                                                              SStorageAttachmentInfoLib& attachment) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetBootVolumeAttachmentForInstance(availabilityDomain, compartmentId, instanceId, attachment,
                                                     std::string());
     });
 }
 
 bool COracleCloudWrapper::CheckIfDiskExists(const std::string& diskId, bool& exists) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.CheckIfDiskExists(diskId, exists, std::string()); });
 }
 
 bool COracleCloudWrapper::GetDBInstanceInfo(const std::string& name, SOracleDBInstanceInfoLib& instance) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetDBInstanceInfo(name, instance); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetDBInstanceInfo(name, instance); });
 }
 
 bool COracleCloudWrapper::GetDBInstanceList(std::vector<SOracleDBInstanceInfoLib>& instances) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetDBInstanceList(instances); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetDBInstanceList(instances); });
 }
 
 bool COracleCloudWrapper::GetSSHKeysList(std::vector<SOracleSSHKeyLib>& keys) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetSSHKeysList(keys); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetSSHKeysList(keys); });
 }
 
 bool COracleCloudWrapper::GetSSHKeyByName(const std::string& name, SOracleSSHKeyLib& key) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetSSHKeyByName(name, key); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetSSHKeyByName(name, key); });
 }
 
 bool COracleCloudWrapper::GetComputeNodeList(const std::string& name, std::vector<SOracleDBComputeNodeLib>& nodes) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetComputeNodeList(name, nodes); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetComputeNodeList(name, nodes); });
 }
 
 bool COracleCloudWrapper::QueryBackupRestoreJobStatus(const std::string& jobUri, SOracleJobInfoLib& job) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.QueryBackupRestoreJobStatus(jobUri, job); });
 }
 
 bool COracleCloudWrapper::GetJavaInstanceList(std::vector<SJavaInstanceInfoLib>& instances) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetJavaInstanceList(instances); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetJavaInstanceList(instances); });
 }
 
 bool COracleCloudWrapper::GetMySQLInstanceList(std::vector<SMySQLInstanceInfoLib>& instances) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetMySQLInstanceList(instances); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetMySQLInstanceList(instances); });
 }
 
 bool COracleCloudWrapper::QueryJavaMySQLBackupRestoreJobStatus(const std::string& jobUri, SJavaMySQLJobInfoLib& job) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.QueryJavaMySQLBackupRestoreJobStatus(jobUri, job); });
 }
 
 bool COracleCloudWrapper::GetDbSystemList(std::vector<SOCIDbSystemInfoLib>& systems, const std::string& compartmentId) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDbSystemList(systems, compartmentId); });
 }
 
 bool COracleCloudWrapper::GetDatabaseList(std::vector<SOCIDatabaseInfoLib>& databases,
                                           const std::string& compartmentId, const std::string& dbHomeId) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDatabaseList(databases, compartmentId, dbHomeId); });
 }
 
 bool COracleCloudWrapper::GetDbBackupList(std::vector<SOCIDbBackupInfoLib>& backups, const std::string& compartmentId,
                                           const std::string& databaseId) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDbBackupList(backups, compartmentId, databaseId); });
 }
 
 bool COracleCloudWrapper::GetDbHomeList(std::vector<SOCIDbHomeInfoLib>& homes, const std::string& compartmentId,
                                         const std::string& dbSystemId) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDbHomeList(homes, compartmentId, dbSystemId); });
 }
 
 bool COracleCloudWrapper::GetDbNodeList(std::vector<SOCIDbNodeInfoLib>& nodes, const std::string& compartmentId,
                                         const std::string& dbSystemId) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDbNodeList(nodes, compartmentId, dbSystemId); });
 }
 
 bool COracleCloudWrapper::GetDatabaseInfo(SOCIDatabaseInfoLib& database, const std::string& databaseId) {
-    return ForwardToBackend(m_lastError, m_queries,
+    return ForwardToBackend(errorSlot(), m_queries,
                             [&](Queries& q) { return q.GetDatabaseInfo(database, databaseId); });
 }
 
 bool COracleCloudWrapper::GetDbBackupInfo(SOCIDbBackupInfoLib& backup, const std::string& backupId) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) { return q.GetDbBackupInfo(backup, backupId); });
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) { return q.GetDbBackupInfo(backup, backupId); });
 }
 
 bool COracleCloudWrapper::GetBucketListForCompartment(std::vector<SStorageBucketInfoLib>& buckets,
                                                       const std::string& compartmentId, unsigned long long flags,
                                                       const std::string& region) {
-    return ForwardToBackend(m_lastError, m_queries, [&](Queries& q) {
+    return ForwardToBackend(errorSlot(), m_queries, [&](Queries& q) {
         return q.GetBucketListForCompartment(buckets, compartmentId, flags, region);
     });
 }

@@ -10,8 +10,27 @@ using ocioperations::CorePath;
 
 namespace {
 
-std::string ObjectPath(const std::string& tenantNamespace, const std::string& bucket, const std::string& object) {
-    return "/n/" + tenantNamespace + "/b/" + bucket + "/o/" + object;
+// Bucket and object names are the user's: each is encoded once, so that a
+// blank, "#", "?", "+", "%" or a non-ASCII letter reaches the service as part
+// of the name (curl would cut or refuse them), and the signature covers
+// exactly the path that is sent. The "/" of pseudo-directories stays as it is
+// (the service reads it either way; agents' logs keep showing the path).
+std::string EncodeObjectName(COracleCloudBaseConnection& connection, const std::string& name) {
+    std::string encoded;
+    size_t start = 0;
+    for (;;) {
+        const size_t slash = name.find('/', start);
+        const std::string piece = name.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        if (!piece.empty()) encoded += connection.urlEncode(piece);
+        if (slash == std::string::npos) return encoded;
+        encoded += '/';
+        start = slash + 1;
+    }
+}
+
+std::string ObjectPath(COracleCloudBaseConnection& connection, const std::string& tenantNamespace,
+                       const std::string& bucket, const std::string& object) {
+    return "/n/" + tenantNamespace + "/b/" + connection.urlEncode(bucket) + "/o/" + EncodeObjectName(connection, object);
 }
 
 }  // namespace
@@ -139,7 +158,7 @@ bool COracleCloudInfrastructureOperations::UploadToObjectStorage(const std::stri
                                                                  const std::string& content) {
     m_connection->setService(OCI_SERVICE_OBJECT_STORAGE);
     std::string response;
-    if (!m_connection->put(ObjectPath(tenantNamespace, bucket, object), content, response)) {
+    if (!m_connection->put(ObjectPath(*m_connection, tenantNamespace, bucket, object), content, response)) {
         setLastErrorFromFailedRequest(response);
         return false;
     }
@@ -150,7 +169,7 @@ bool COracleCloudInfrastructureOperations::DeleteStorageObject(const std::string
                                                                const std::string& bucket,
                                                                const std::string& object) {
     m_connection->setService(OCI_SERVICE_OBJECT_STORAGE);
-    if (!DeleteObjectFromLink(ObjectPath(tenantNamespace, bucket, object))) {
+    if (!DeleteObjectFromLink(ObjectPath(*m_connection, tenantNamespace, bucket, object))) {
         OCW_LOG_ERROR(&m_debugLog, "Failed to sent delete storage object request");
         return false;
     }

@@ -29,6 +29,9 @@ bool COracleCloudInfrastructureOperations::CreateVolume(SDiskInfoLib& disk, cons
     if (!m_parser->ParseObject(response, created)) {
         return OCI_OPS_FAIL("Failed to parse response JSON");
     }
+    // Like the launch's line: should the wait fail, the log names what exists.
+    OCW_LOG_DEBUG(&m_debugLog, "Successfully submitted request to create volume:[%s][%s]", disk.volumeName.c_str(),
+                  created.guid.c_str());
     if (!WaitForObjectToReachEndState(CorePath("/volumes", created.guid), disk, "AVAILABLE", "TERMINATED")) {
         return false;
     }

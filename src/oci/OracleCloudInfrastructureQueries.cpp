@@ -37,7 +37,8 @@ bool COracleCloudInfrastructureQueries::_connectAndRunQuery(const std::string& p
     return false;
 }
 
-std::string COracleCloudInfrastructureQueries::_GetPageUrl(const std::string& path, const std::string& token) {
+std::string COracleCloudInfrastructureQueries::_GetPageUrl(const std::string& path, const std::string& token,
+                                                           const char* tokenName) {
     std::string url = path;
     if (pageLimit != 0) {
         url += url.find('?') != std::string::npos ? "&" : "?";
@@ -46,7 +47,7 @@ std::string COracleCloudInfrastructureQueries::_GetPageUrl(const std::string& pa
     if (!token.empty()) {
         std::string encoded = m_connection->urlEncode(token);
         url += url.find('?') != std::string::npos ? "&" : "?";
-        url += "page=" + encoded;
+        url += std::string(tokenName) + "=" + encoded;
     }
     return url;
 }

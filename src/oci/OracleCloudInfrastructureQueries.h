@@ -145,6 +145,22 @@ public:
     bool GetDatabaseInfo(SOCIDatabaseInfoLib& database, const std::string& databaseId) override;
     bool GetDbBackupInfo(SOCIDbBackupInfoLib& backup, const std::string& backupId) override;
 
+    // ---- Extensions: listings for finding what was left behind -------------
+    // Volumes (block, then boot ones marked bootable), volume and boot volume
+    // backups, and volume and boot volume attachments of one compartment; the
+    // boot volume attachments are listed per availability domain of the
+    // tenancy, as the service requires one. Appended; a failing page stops the
+    // listing with false.
+    bool ListVolumes(std::vector<SDiskInfoLib>& volumes, const std::string& compartmentId,
+                     const std::string& region) override;
+    bool ListVolumeBackups(std::vector<SSnapshotInfoLib>& backups, const std::string& compartmentId,
+                           const std::string& region) override;
+    bool ListVolumeAttachments(std::vector<SStorageAttachmentInfoLib>& attachments, const std::string& compartmentId,
+                               const std::string& region) override;
+    // Every object of the bucket (bucket and object names are sent encoded).
+    bool ListObjects(std::vector<SStorageObjectInfoLib>& objects, const std::string& nameSpace,
+                     const std::string& bucket) override;
+
     // ---- reads used by the detail fill and by the operations ---------------
     // A volume, or a boot volume when the id contains ".bootvolume.".
     bool GetDiskInfo(const std::string& diskId, SDiskInfoLib& disk, unsigned long long flags,
@@ -164,10 +180,13 @@ protected:
     bool _connectAndRunQuery(const std::string& path, EOracleServiceType type, const std::string& region,
                              std::string& response);
     // Reads page after page of path until no next-page token comes back and
-    // appends the items to out. Each page is a GET of a list, or with Search a
-    // POST of searchBody read as a search result. Stops with false at the
-    // first failure, keeping the items of the pages before it.
-    template <bool Search, typename T>
+    // appends the items to out. Each page is a GET of a list, a POST of
+    // searchBody read as a search result (Search), or a GET of an object
+    // storage listing, whose items are under "objects" and whose next page
+    // starts at its "nextStartWith" (Objects). Stops with false at the first
+    // failure, keeping the items of the pages before it.
+    enum class PageKind { List, Search, Objects };
+    template <PageKind Kind, typename T>
     bool _CollectPages(const std::string& path, const std::string& searchBody, std::vector<T>& out);
     template <typename T>
     bool _GetPaginatedList(const std::string& path, EOracleServiceType type, const std::string& region,
@@ -177,8 +196,8 @@ protected:
     template <typename T>
     bool _CheckIfResourceExists(const std::string& path, bool& exists, EOracleServiceType type,
                                 const std::string& region);
-    // path + "limit=" (when configured) + "page=" + the URL-encoded token.
-    std::string _GetPageUrl(const std::string& path, const std::string& token);
+    // path + "limit=" (when configured) + "page=" (or tokenName=) + the URL-encoded token.
+    std::string _GetPageUrl(const std::string& path, const std::string& token, const char* tokenName = "page");
     // The value of a raw "opc-next-page: <token>\r\n" line; empty when the
     // line is empty or holds no ":".
     std::string _GetNextPageTokenFromHeader(const std::string& header);

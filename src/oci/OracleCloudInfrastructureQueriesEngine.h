@@ -17,15 +17,19 @@
 
 namespace OracleCloudSDKWrapper {
 
-template <bool Search, typename T>
+template <COracleCloudInfrastructureQueries::PageKind Kind, typename T>
 bool COracleCloudInfrastructureQueries::_CollectPages(const std::string& path, const std::string& searchBody,
                                                       std::vector<T>& out) {
+    // Object listings page through "start=" and a "nextStartWith" member of
+    // the answer; every other list through "page=" and the opc-next-page header.
+    constexpr bool kSearch = Kind == PageKind::Search;
+    constexpr bool kObjects = Kind == PageKind::Objects;
     std::string token;
     do {
-        const std::string url = _GetPageUrl(path, token);
+        const std::string url = _GetPageUrl(path, token, kObjects ? "start" : "page");
         std::string response;
         bool answered;
-        if constexpr (Search) {
+        if constexpr (kSearch) {
             answered = m_connection->post(url, searchBody, response);
         } else {
             answered = m_connection->get(url, response, false, true);
@@ -36,8 +40,10 @@ bool COracleCloudInfrastructureQueries::_CollectPages(const std::string& path, c
         }
         std::vector<T> page;
         bool parsed;
-        if constexpr (Search) {
+        if constexpr (kSearch) {
             parsed = m_parser->ParseQueryResult(response, page);
+        } else if constexpr (kObjects) {
+            parsed = m_parser->ParseList(response, "objects", page);
         } else {
             parsed = m_parser->ParseList(response, page);
         }
@@ -47,7 +53,14 @@ bool COracleCloudInfrastructureQueries::_CollectPages(const std::string& path, c
         }
         OCW_LOG_LVL(2, &m_debugLog, "partial list size: [%d]", static_cast<int>(page.size()));
         out.insert(out.end(), std::make_move_iterator(page.begin()), std::make_move_iterator(page.end()));
-        token = _GetNextPageTokenFromHeader(m_connection->getHttpResponseHeader("opc-next-page"));
+        if constexpr (kObjects) {
+            JsonValue document;
+            JsonHelper::Parse(response, document);
+            token = document.is_object() ? JsonHelper::GetStringValue(document.get_object(), "nextStartWith")
+                                         : std::string();
+        } else {
+            token = _GetNextPageTokenFromHeader(m_connection->getHttpResponseHeader("opc-next-page"));
+        }
     } while (!token.empty());
     return true;
 }
@@ -57,7 +70,7 @@ bool COracleCloudInfrastructureQueries::_GetPaginatedList(const std::string& pat
                                                           const std::string& region, std::vector<T>& out) {
     OciRegionSwitch regionSwitch(m_connection, region, &m_debugLog);
     m_connection->setService(type);
-    return _CollectPages<false>(path, std::string(), out);
+    return _CollectPages<PageKind::List>(path, std::string(), out);
 }
 
 template <typename T>
@@ -71,7 +84,7 @@ bool COracleCloudInfrastructureQueries::_ExecuteSearchServiceQuery(const std::st
     details["query"] = query;
     // The page travels in the query string; the body stays the same for every page.
     const std::string body = JsonHelper::Serialize(details);
-    return _CollectPages<true>(std::string("/20180409") + "/resources", body, out);
+    return _CollectPages<PageKind::Search>(std::string("/20180409") + "/resources", body, out);
 }
 
 template <typename T>

@@ -326,6 +326,14 @@ bool COracleCloudInfrastructureParser::Convert(const JsonObject& obj, SStorageBu
     return true;
 }
 
+bool COracleCloudInfrastructureParser::Convert(const JsonObject& obj, SStorageObjectInfoLib& out) {
+    out.name = GetStringValue(obj, "name");
+    out.sizeBytes = GetUInt64Value(obj, "size");
+    out.md5 = GetStringValue(obj, "md5");
+    out.timeCreated = GetStringValue(obj, "timeCreated");
+    return true;
+}
+
 bool COracleCloudInfrastructureParser::Convert(const JsonObject& obj, SSnapshotInfoLib& out) {
     out.snapshotId = GetStringValue(obj, "id");
     out.name = out.snapshotId;

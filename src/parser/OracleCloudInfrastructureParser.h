@@ -41,6 +41,7 @@ public:
     bool Convert(const JsonObject& obj, SOCIDatabaseInfoLib& out) override;
     bool Convert(const JsonObject& obj, SOCIDbNodeInfoLib& out) override;
     bool Convert(const JsonObject& obj, SStorageBucketInfoLib& out) override;
+    bool Convert(const JsonObject& obj, SStorageObjectInfoLib& out) override;
     bool Convert(const JsonObject& obj, SSnapshotInfoLib& out) override;
     bool Convert(const JsonObject& obj, SAPIErrorInfoLib& out) override;
 

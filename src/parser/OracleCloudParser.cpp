@@ -373,4 +373,7 @@ bool COracleCloudParser::ExtractOraStatusAndTag(const std::string& text, SOracle
     }
 }
 
+// Object listings exist only on OCI.
+bool COracleCloudParser::Convert(const JsonObject&, SStorageObjectInfoLib&) { return false; }
+
 }  // namespace OracleCloudSDKWrapper

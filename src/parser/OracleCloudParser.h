@@ -216,6 +216,7 @@ public:
     virtual bool Convert(const JsonObject& obj, SOCIDatabaseInfoLib& out);
     virtual bool Convert(const JsonObject& obj, SOCIDbNodeInfoLib& out);
     virtual bool Convert(const JsonObject& obj, SStorageBucketInfoLib& out);
+    virtual bool Convert(const JsonObject& obj, SStorageObjectInfoLib& out);  // Extension
     virtual bool Convert(const JsonObject& obj, SAPIErrorInfoLib& out);
 
     // One item of a search-service answer (ParseQueryResult). No Classic

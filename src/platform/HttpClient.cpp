@@ -93,6 +93,7 @@ struct HttpClient::Impl {
     std::string body;
     std::vector<std::string> responseHeaders;
     std::string transferError;
+    unsigned long long requestCount = 0;  // transfers started by this client
 
     const EventBase* Ctx() const { return logCtx ? logCtx : &ownLog; }
 
@@ -447,6 +448,7 @@ bool HttpClient::SendHttpRequest(HTTP_REQ_TYPE type, const std::string& url, con
     }
     curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
 
+    ++d.requestCount;
     CURLcode rc = curl_easy_perform(curl);
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &d.status);
     if (rc != CURLE_OK) {
@@ -487,6 +489,8 @@ const char* HttpClient::GetHttpResponseHeader(const char* name) {
 long HttpClient::GetHttpErrorCode() { return m_impl->status; }
 
 std::string HttpClient::GetLastTransferError() const { return m_impl->transferError; }
+
+unsigned long long HttpClient::GetRequestCount() const { return m_impl->requestCount; }
 
 const char* HttpClient::GetHttpReqTypeString(HTTP_REQ_TYPE type) {
     switch (type) {

@@ -101,6 +101,9 @@ public:
     // Transfer error text of the last request (libcurl's), empty when the
     // transfer worked (also when the status was not 2xx).
     std::string GetLastTransferError() const;
+    // How many requests this client has put on the wire (transfers started),
+    // so a caller can tell how many attempts one logical request took.
+    unsigned long long GetRequestCount() const;
 
     // "GET", "POST", ... or "unknown".
     static const char* GetHttpReqTypeString(HTTP_REQ_TYPE type);

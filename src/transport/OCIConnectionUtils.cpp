@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <random>
 
 #include "platform/PlatformConfig.h"
 #include "platform/PlatformException.h"
@@ -188,6 +189,17 @@ SOCISigningParts OCIConnectionUtils::ComposeSigningString(const std::string& met
         parts.headers += " content-length content-type x-content-sha256";
     }
     return parts;
+}
+
+std::string OCIConnectionUtils::NewRequestId()
+{
+    // Not a secret, only unique: a per-thread generator seeded once is enough
+    // and needs no lock between facades.
+    thread_local std::mt19937_64 generator(std::random_device{}());
+    char text[33];
+    std::snprintf(text, sizeof text, "%016llX%016llX", static_cast<unsigned long long>(generator()),
+                  static_cast<unsigned long long>(generator()));
+    return text;
 }
 
 std::string OCIConnectionUtils::KeyId(const SSignerInfoLib& signer)

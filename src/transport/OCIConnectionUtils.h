@@ -69,6 +69,10 @@ public:
     static std::string FormatAuthorizationHeader(const std::string& headers, const std::string& keyId,
                                                  const std::string& signatureBase64);
 
+    // A fresh request id for the "opc-request-id" header: 32 upper-case hex
+    // digits of random bits, as the provider's SDKs send.
+    static std::string NewRequestId();
+
     // Clock seam: the source of "now" for request dates. Null restores time().
     // Returns the previous source. Tests set a fixed clock; process-wide.
     using TimeSource = time_t (*)();

@@ -1,5 +1,6 @@
 #include "transport/OracleCloudBaseConnection.h"
 
+#include "platform/JsonHelper.h"
 #include "platform/StringUtil.h"
 
 namespace OracleCloudSDKWrapper {
@@ -30,19 +31,19 @@ bool COracleCloudBaseConnection::SetWebProxy(const std::string& proxyServerText,
 }
 
 bool COracleCloudBaseConnection::get(const std::string& url, std::string& response, bool flag1, bool flag2) {
-    return sendReq(HTTP_REQ_GET, url, std::string(), response, flag1, flag2);
+    return sendCounted(HTTP_REQ_GET, url, std::string(), response, flag1, flag2);
 }
 
 bool COracleCloudBaseConnection::post(const std::string& url, const std::string& body, std::string& response) {
-    return sendReq(HTTP_REQ_POST, url, body, response, false, true);
+    return sendCounted(HTTP_REQ_POST, url, body, response, false, true);
 }
 
 bool COracleCloudBaseConnection::del(const std::string& url, const std::string& body, std::string& response) {
-    return sendReq(HTTP_REQ_DELETE, url, body, response, false, true);
+    return sendCounted(HTTP_REQ_DELETE, url, body, response, false, true);
 }
 
 bool COracleCloudBaseConnection::put(const std::string& url, const std::string& body, std::string& response) {
-    return sendReq(HTTP_REQ_PUT, url, body, response, false, true);
+    return sendCounted(HTTP_REQ_PUT, url, body, response, false, true);
 }
 
 void COracleCloudBaseConnection::appendQueryStringArgument(std::string& query, const std::string& argument) {
@@ -98,6 +99,48 @@ std::string COracleCloudBaseConnection::urlEncode(const std::string& text) {
     }
     OCW_LOG_LVL(2, &debugLog, "Encoded [%s]=>[%s]", text.c_str(), encoded.c_str());
     return encoded;
+}
+
+bool COracleCloudBaseConnection::sendCounted(HTTP_REQ_TYPE type, const std::string& url, const std::string& body,
+                                             std::string& response, bool flag1, bool flag2) {
+    ++requestSequence;
+    const unsigned long long sequence = requestSequence;
+    const unsigned long long sentBefore = httpClient->GetRequestCount();
+    clientRequestId.clear();
+    if (sendReq(type, url, body, response, flag1, flag2)) {
+        return true;
+    }
+    recordFailure(type, url, response, httpClient->GetRequestCount() - sentBefore);
+    failedRequestSequence = sequence;
+    return false;
+}
+
+void COracleCloudBaseConnection::recordFailure(HTTP_REQ_TYPE type, const std::string& url,
+                                               const std::string& response, unsigned long long attempts) {
+    SOracleCloudFailureInfoLib record;
+    record.request = std::string(HttpClient::GetHttpReqTypeString(type)) + " " + url;
+    record.clientRequestId = clientRequestId;
+    record.attempts = static_cast<unsigned>(attempts);
+    // A request that never went out (not connected, not signed) has no answer
+    // of its own: the client still holds the previous request's.
+    if (attempts > 0) {
+        record.httpStatus = getLastHTTPErrorCode();
+        if (record.httpStatus == 0) {
+            record.transferError = httpClient->GetLastTransferError();
+        }
+        const std::string idLine = getHttpResponseHeader("opc-request-id");
+        const size_t colon = idLine.find(':');
+        if (colon != std::string::npos) {
+            record.serviceRequestId = StringUtil::Trim(idLine.substr(colon + 1));
+        }
+        // Error bodies that are not JSON (a proxy's page) leave code and message empty.
+        JsonValue document;
+        if (JsonHelper::Parse(response, document) && document.is_object()) {
+            record.serviceCode = JsonHelper::GetStringValue(document.get_object(), "code");
+            record.serviceMessage = JsonHelper::GetStringValue(document.get_object(), "message");
+        }
+    }
+    lastRequestFailure = std::move(record);
 }
 
 }  // namespace OracleCloudSDKWrapper

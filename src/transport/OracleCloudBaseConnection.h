@@ -3,6 +3,7 @@
 #include <string>
 
 #include "facade/OracleCloudErrorHandler.h"
+#include "oraclecloud/OracleCloudMessageRecords.h"
 #include "oraclecloud/OracleCloudTypes.h"
 #include "platform/DebugLog.h"
 #include "platform/HttpClient.h"
@@ -83,7 +84,20 @@ public:
     // empty text) the failure is logged and the text is returned unchanged.
     std::string urlEncode(const std::string& text);
 
+    // Extension: the record of the last failed request. Every request made
+    // through get, post, put and del is numbered; when one fails, its record
+    // (method and path, status, the error body's code and message, both
+    // request ids, the transfer error, the attempts it took; no message) is
+    // kept with its number until the next failure. The facade takes it over
+    // together with the error text of a failed call.
+    unsigned long long getRequestSequence() const { return requestSequence; }
+    unsigned long long getFailedRequestSequence() const { return failedRequestSequence; }
+    const SOracleCloudFailureInfoLib& getLastRequestFailure() const { return lastRequestFailure; }
+
 protected:
+    // The "opc-request-id" a backend sends with the current request (OCI
+    // only), for the failure record; cleared before every request.
+    std::string clientRequestId;
     std::unique_ptr<HttpClient> httpClient;
     bool connected;
     DebugLog debugLog;
@@ -96,6 +110,17 @@ protected:
     std::string proxyServer;
     std::string proxyUser;
     std::string proxyPassword;          // secret: never logged
+
+private:
+    // sendReq, numbered, with the failure record kept when it fails.
+    bool sendCounted(HTTP_REQ_TYPE type, const std::string& url, const std::string& body, std::string& response,
+                     bool flag1, bool flag2);
+    void recordFailure(HTTP_REQ_TYPE type, const std::string& url, const std::string& response,
+                       unsigned long long attempts);
+
+    unsigned long long requestSequence = 0;
+    unsigned long long failedRequestSequence = 0;
+    SOracleCloudFailureInfoLib lastRequestFailure;
 };
 
 }  // namespace OracleCloudSDKWrapper

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <limits>
 
+#include "platform/LibraryVersion.h"
 #include "platform/PlatformConfig.h"
 #include "platform/StringUtil.h"
 #include "transport/OCIConnectionUtils.h"
@@ -263,6 +264,13 @@ bool COracleCloudInfrastructureConnection::setCurlHeaders(HTTP_REQ_TYPE type, co
         OCW_LOG_ERROR(&debugLog, "Failed to set CURL Accept authentication header");
         return false;
     }
+    // Extension headers, after the designed ones and outside the signature:
+    // who is calling, and the id under which the provider's support can find
+    // the request. Neither is worth failing a request for.
+    if (!httpClient->AppendHeader(HTTP_HEADER_LINE, std::string("User-Agent: ") + LibraryUserAgent()) ||
+        (!clientRequestId.empty() && !httpClient->AppendHeader(HTTP_HEADER_LINE, "opc-request-id: " + clientRequestId))) {
+        OCW_LOG_ERROR(&debugLog, "Failed to set CURL User-Agent or opc-request-id header");
+    }
     return true;
 }
 
@@ -311,6 +319,8 @@ bool COracleCloudInfrastructureConnection::sendReq(HTTP_REQ_TYPE type, const std
 {
     uint32_t attempt = 1;
     float wait = static_cast<float>(requestRetryInitialInterval);
+    // One id for every attempt of this request, so support finds them all.
+    clientRequestId = OCIConnectionUtils::NewRequestId();
     for (;;) {
         response.clear();
         if (_sendReqFull(type, url, body, response, flag1, flag2)) {

@@ -21,6 +21,11 @@ namespace OracleCloudSDKWrapper {
 //                                             the service host (private endpoints, the emulator)
 // and in connect(): OracleCloudLogAllCurlError (non-zero logs every failed transfer).
 //
+// Extension: after the designed headers, and outside the signature, every
+// request carries "User-Agent: OracleCloudSDKWrapper/<version>" and an
+// "opc-request-id" of 32 hex digits, the same for all attempts of one request
+// (it lands in the failure record, see COracleCloudBaseConnection).
+//
 // Every send waits on the caller's thread, pauses included (with the defaults a
 // request can take 126 s of pauses plus seven transfers). Not thread-safe: one
 // connection serves one thread at a time; connections on different threads may

@@ -107,8 +107,10 @@ TEST_F(CliExitCodes, CtrlCDuringAWaitExitsWith130AndShowsTheStateReached) {
     EXPECT_EQ(r.exitCode, 130) << r.out << r.err;
     EXPECT_NE(r.err.find("interrupted by Ctrl-C"), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("stop instance " + id), std::string::npos) << r.err;
-    // The progress fed from the library's wait saw the instance stopping.
+    // The progress fed from the library's wait saw the instance stopping,
+    // and the message names the instance left in that state.
     EXPECT_NE(r.err.find(": STOPPING"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("resource " + id + ", last state STOPPING"), std::string::npos) << r.err;
     EXPECT_TRUE(r.out.empty()) << r.out;
 }
 

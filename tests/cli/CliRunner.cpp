@@ -43,6 +43,10 @@ CliResult RunProgram(const std::string& program, const std::vector<std::string>&
     posix_spawn_file_actions_destroy(&actions);
     ::close(outPipe[1]);
     ::close(errPipe[1]);
+    if (options.readerGone) {
+        ::close(outPipe[0]);
+        outPipe[0] = -1;
+    }
     if (rc != 0) {
         ::close(outPipe[0]);
         ::close(errPipe[0]);
@@ -54,7 +58,7 @@ CliResult RunProgram(const std::string& program, const std::vector<std::string>&
     bool interrupted = false;
     bool killed = false;
     pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    int open = 2;
+    int open = options.readerGone ? 1 : 2;
     while (open > 0) {
         const auto elapsed =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();

@@ -21,6 +21,7 @@ struct CliRunOptions {
     int timeoutMs = 60000;
     int interruptAfterMs = -1;                 // >= 0: send SIGINT after this long
     std::map<std::string, std::string> env;    // added to the clean environment
+    bool readerGone = false;                   // stdout is a pipe nobody reads (as "| head" after its line)
 };
 
 CliResult RunProgram(const std::string& program, const std::vector<std::string>& args,
