@@ -75,6 +75,11 @@ std::string COracleCloudClassicConnection::CookieFromSetCookieLine(const std::st
     }
     std::string cookie = line.substr(kSetCookiePrefixLength);
     while (!cookie.empty() && (cookie.back() == '\r' || cookie.back() == '\n')) cookie.pop_back();
+    // A line break inside cannot go back as one header line: the client would
+    // refuse it and every request would leave without the session.
+    if (cookie.find_first_of("\r\n") != std::string::npos) {
+        return std::string();
+    }
     return cookie;
 }
 

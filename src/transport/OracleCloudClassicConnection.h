@@ -78,6 +78,8 @@ public:
     // The cookie kept from a raw "Set-Cookie:" header line: the line from its
     // 12th character on (" nimbula=..."), without trailing "\r\n"; empty when
     // the line has 11 characters or fewer. It is sent as "Cookie:" + cookie.
+    // Departure: also empty when a line break (a bare CR) remains inside, as
+    // such a text cannot be sent back as one header line.
     static std::string CookieFromSetCookieLine(const std::string& line);
     // The text every Compute login user must contain.
     static const char* const kComputeUserPrefix;  // "/Compute-"
