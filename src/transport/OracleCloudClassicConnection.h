@@ -24,8 +24,8 @@ namespace OracleCloudSDKWrapper {
 // logs a failed request at error level (write verbs: false, true).
 //
 // On false the answer's body is in `response` and its status in
-// getLastHTTPErrorCode(); when no answer came at all, GetLastError() holds the
-// transfer's error text. Neither the password, the login body, the cookie nor
+// getLastHTTPErrorCode(); when no answer came at all, or it broke off in its
+// body, `response` is empty and GetLastError() holds the transfer's error text. Neither the password, the login body, the cookie nor
 // the basic credentials reach the log at any level; answers of
 // "authenticate/", "paas/api/v1.1/instancemgmt" and "sshkey" are never logged,
 // other answers (level 2) and request bodies (level 4, and failures) with
