@@ -34,26 +34,8 @@ namespace {
 using namespace OracleCloudSDKWrapper;
 using ocwtest::EmulatorTest;
 
-enum class Call { List, Read, CreateAndWait, DeleteAndWait };
-const char* Name(Call c) {
-    switch (c) {
-        case Call::List: return "list";
-        case Call::Read: return "read";
-        case Call::CreateAndWait: return "create+wait";
-        case Call::DeleteAndWait: return "delete+wait";
-    }
-    return "?";
-}
-const Call kCalls[] = {Call::List, Call::Read, Call::CreateAndWait, Call::DeleteAndWait};
-
-struct Fault {
-    const char* name;
-    std::map<std::string, std::string> config;
-    const char* rule;  // emulator rule members (empty: none)
-    bool bodyFault;
-    bool succeeds;
-    const char* cause;
-};
+using Call = ocwtest::MatrixCall;
+using Fault = ocwtest::MatrixFault;
 
 class FaultMatrixClassic : public EmulatorTest {
 protected:
@@ -123,8 +105,8 @@ TEST_F(FaultMatrixClassic, EveryCallEndsAsDesignedUnderEveryFaultAndLeavesNothin
     };
 
     for (const Fault& fault : faults) {
-        for (Call call : kCalls) {
-            SCOPED_TRACE(std::string(fault.name) + " / " + Name(call));
+        for (Call call : ocwtest::kMatrixCalls) {
+            SCOPED_TRACE(std::string(fault.name) + " / " + ocwtest::CallName(call));
             ResetEmulator();
             WriteConfig(fault.config);
             const std::string name = fault.name;
@@ -147,14 +129,7 @@ TEST_F(FaultMatrixClassic, EveryCallEndsAsDesignedUnderEveryFaultAndLeavesNothin
             const auto start = std::chrono::steady_clock::now();
             const bool ok = connected && Run(*facade, call);
             const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-            const std::string learned = ocwtest::WhatTheCallerLearns(*facade);
-            ocwtest::PrintCell(fault.name, Name(call), ok, seconds, !connected, learned);
-
-            EXPECT_EQ(ok, fault.succeeds) << learned;
-            if (!fault.succeeds) {
-                EXPECT_TRUE(ocwtest::NamesCause(learned, fault.cause))
-                    << "the cause (" << fault.cause << ") is not named: " << learned;
-            }
+            const std::string learned = ocwtest::CheckCellOutcome(fault, call, ok, seconds, connected, *facade);
             if (expiry) EXPECT_TRUE(expiry->fired());
             if (name == "session expires during the call") {
                 EXPECT_EQ(CountRequests("POST", "/authenticate/"), 1u) << "exactly one new login";

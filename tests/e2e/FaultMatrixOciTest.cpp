@@ -44,32 +44,8 @@ namespace {
 using namespace OracleCloudSDKWrapper;
 using ocwtest::EmulatorTest;
 
-enum class Call { List, Read, CreateAndWait, DeleteAndWait };
-const char* Name(Call c) {
-    switch (c) {
-        case Call::List: return "list";
-        case Call::Read: return "read";
-        case Call::CreateAndWait: return "create+wait";
-        case Call::DeleteAndWait: return "delete+wait";
-    }
-    return "?";
-}
-const Call kCalls[] = {Call::List, Call::Read, Call::CreateAndWait, Call::DeleteAndWait};
-
-// A fault of the matrix: how it is set up for a call, and how that call ends.
-struct Fault {
-    const char* name;
-    // Configuration entries for this fault (before the facade is built).
-    std::map<std::string, std::string> config;
-    // Emulator rule for a call, as JSON without method and path (empty: none).
-    const char* rule;
-    // Whether the rule hits the request that changes something or a read
-    // (body faults cannot cut a body-less DELETE answer).
-    bool bodyFault;
-    bool succeeds;
-    // Any of these (lower case, '|' separated) in what the caller learns.
-    const char* cause;
-};
+using Call = ocwtest::MatrixCall;
+using Fault = ocwtest::MatrixFault;
 
 class FaultMatrixOci : public EmulatorTest {
 protected:
@@ -164,8 +140,8 @@ TEST_F(FaultMatrixOci, EveryCallEndsAsDesignedUnderEveryFaultAndLeavesNothingUnt
     };
 
     for (const Fault& fault : faults) {
-        for (Call call : kCalls) {
-            SCOPED_TRACE(std::string(fault.name) + " / " + Name(call));
+        for (Call call : ocwtest::kMatrixCalls) {
+            SCOPED_TRACE(std::string(fault.name) + " / " + ocwtest::CallName(call));
             Seed();
             WriteConfig(fault.config);
             // Connect itself talks to the cloud: a fault that stops every
@@ -197,14 +173,7 @@ TEST_F(FaultMatrixOci, EveryCallEndsAsDesignedUnderEveryFaultAndLeavesNothingUnt
             const double seconds =
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
             OCIConnectionUtils::SetTimeSource(oldClock);
-            const std::string learned = ocwtest::WhatTheCallerLearns(*facade);
-            ocwtest::PrintCell(fault.name, Name(call), ok, seconds, !connected, learned);
-
-            EXPECT_EQ(ok, fault.succeeds) << learned;
-            if (!fault.succeeds) {
-                EXPECT_TRUE(ocwtest::NamesCause(learned, fault.cause))
-                    << "the cause (" << fault.cause << ") is not named: " << learned;
-            }
+            const std::string learned = ocwtest::CheckCellOutcome(fault, call, ok, seconds, connected, *facade);
 
             // Nothing left behind that the caller was not told of.
             const SOracleCloudFailureInfoLib failure = facade->GetLastFailure();

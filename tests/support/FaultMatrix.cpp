@@ -3,6 +3,8 @@
 #include <cctype>
 #include <cstdio>
 
+#include <gtest/gtest.h>
+
 namespace ocwtest {
 
 namespace {
@@ -11,6 +13,16 @@ std::string Lower(std::string s) {
     return s;
 }
 }  // namespace
+
+const char* CallName(MatrixCall call) {
+    switch (call) {
+        case MatrixCall::List: return "list";
+        case MatrixCall::Read: return "read";
+        case MatrixCall::CreateAndWait: return "create+wait";
+        case MatrixCall::DeleteAndWait: return "delete+wait";
+    }
+    return "?";
+}
 
 std::string WhatTheCallerLearns(const OracleCloudSDKWrapper::COracleCloudWrapper& facade) {
     const OracleCloudSDKWrapper::SOracleCloudFailureInfoLib f = facade.GetLastFailure();
@@ -34,10 +46,16 @@ std::string FaultRuleJson(const std::string& method, const std::string& pathPref
     return "{\"method\":\"" + method + "\",\"pathPrefix\":\"" + pathPrefix + "\"," + ruleMembers + "}";
 }
 
-void PrintCell(const std::string& fault, const std::string& call, bool ok, double seconds, bool atConnect,
-               const std::string& learned) {
-    std::printf("[ cell ] %-34s %-12s %-5s %5.2fs  %s%s\n", fault.c_str(), call.c_str(), ok ? "true" : "false", seconds,
-                atConnect ? "(at Connect) " : "", ok ? "" : learned.substr(0, 150).c_str());
+std::string CheckCellOutcome(const MatrixFault& fault, MatrixCall call, bool ok, double seconds, bool connected,
+                             const OracleCloudSDKWrapper::COracleCloudWrapper& facade) {
+    const std::string learned = WhatTheCallerLearns(facade);
+    std::printf("[ cell ] %-34s %-12s %-5s %5.2fs  %s%s\n", fault.name, CallName(call), ok ? "true" : "false", seconds,
+                connected ? "" : "(at Connect) ", ok ? "" : learned.substr(0, 150).c_str());
+    EXPECT_EQ(ok, fault.succeeds) << learned;
+    if (!fault.succeeds) {
+        EXPECT_TRUE(NamesCause(learned, fault.cause)) << "the cause (" << fault.cause << ") is not named: " << learned;
+    }
+    return learned;
 }
 
 }  // namespace ocwtest
