@@ -271,6 +271,11 @@ TEST_F(ClassicPaaS, RefusedCallsSayWhyAndLeaveTheJobUriAlone) {
     EXPECT_EQ(facade->GetLastFailure().httpStatus, 400);
     EXPECT_EQ(facade->GetLastFailure().serviceMessage, facade->GetLastError());
 
+    SOracleDBInstanceInfoLib taken = NewDatabase(db.serviceName);
+    EXPECT_FALSE(facade->CreateDBInstance(taken));
+    EXPECT_EQ(facade->GetLastError(), "Service " + db.serviceName + " already exists");
+    EXPECT_EQ(CountRequests("GET", DatabaseRoot() + "/" + db.serviceName), 0u) << "no wait after a refusal";
+
     COracleCloudWrapper wrong(ORACLE_CLOUD_CLASSIC_PAAS);
     ASSERT_TRUE(wrong.Connect(info().paasEndpoint, info().identityDomain + "/" + info().classicUser,
                               info().classicPassword + "x", ORACLE_SERVICE_PAAS_DATABASE));
