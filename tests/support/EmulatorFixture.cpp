@@ -37,7 +37,7 @@ ocwemu::Emulator* SharedEmulator() {
         options.pageSize = kEmulatorPageSize;
         options.compartments = kScaleCompartments;
         options.instances = kScaleInstances;
-        options.threads = 8;
+        options.threads = 16;  // a keep-alive connection holds a worker: room for the concurrency test's agents
         auto started = std::make_unique<ocwemu::Emulator>(options);
         if (started->start()) return started;
         startError = started->lastError();
