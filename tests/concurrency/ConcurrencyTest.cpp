@@ -47,25 +47,36 @@ protected:
         return text;
     }
 
-    // "name:state" of each VM, sorted: the order of a walk is not part of the result.
-    static std::string VmSummary(const std::vector<SVMInfoLib>& vms) {
-        std::vector<std::string> items;
-        for (const SVMInfoLib& vm : vms) items.push_back(vm.vmName + ":" + vm.state + ":" + vm.shape);
-        std::sort(items.begin(), items.end());
-        std::string out;
-        for (const std::string& item : items) out += item + " ";
-        return out;
-    }
+    // What a job saw, line by line.
+    struct Report {
+        COracleCloudWrapper& facade;
+        std::ostringstream out;
+        // Ends the report with the call that failed and the facade's error.
+        std::string Failed(const char* call) const {
+            return out.str() + " FAILED " + call + ": " + facade.GetLastError();
+        }
+        // Adds "name:state:shape" of each VM of the account, sorted (the order
+        // of a walk is not part of the result); false when the list failed.
+        bool ListVms() {
+            std::vector<SVMInfoLib> vms;
+            if (!facade.GetVMInfoList(vms, 0, "")) return false;
+            std::vector<std::string> items;
+            for (const SVMInfoLib& vm : vms) items.push_back(vm.vmName + ":" + vm.state + ":" + vm.shape);
+            std::sort(items.begin(), items.end());
+            out << "vms";
+            for (const std::string& item : items) out << " " << item;
+            out << "\n";
+            return true;
+        }
+    };
 
     std::string OciJob(const std::string& tag) {
         auto facade = ConnectFacade();
         if (!facade) return "connect failed";
-        std::ostringstream out;
-        auto failed = [&](const char* call) { return out.str() + " FAILED " + call + ": " + facade->GetLastError(); };
-
-        std::vector<SVMInfoLib> vms;
-        if (!facade->GetVMInfoList(vms, 0, "")) return failed("GetVMInfoList");
-        out << "vms " << VmSummary(vms) << "\n";
+        Report report{*facade, {}};
+        std::ostringstream& out = report.out;
+        auto failed = [&report](const char* call) { return report.Failed(call); };
+        if (!report.ListVms()) return failed("GetVMInfoList");
         std::vector<SContainerInfoLib> compartments;
         if (!facade->GetContainerInfoList(compartments, "", "")) return failed("GetContainerInfoList");
         out << "compartments";
@@ -103,12 +114,10 @@ protected:
     std::string ClassicJob(const std::string& tag) {
         auto facade = ConnectClassicFacade();
         if (!facade) return "connect failed";
-        std::ostringstream out;
-        auto failed = [&](const char* call) { return out.str() + " FAILED " + call + ": " + facade->GetLastError(); };
-
-        std::vector<SVMInfoLib> vms;
-        if (!facade->GetVMInfoList(vms, 0, "")) return failed("GetVMInfoList");
-        out << "vms " << VmSummary(vms) << "\n";
+        Report report{*facade, {}};
+        std::ostringstream& out = report.out;
+        auto failed = [&report](const char* call) { return report.Failed(call); };
+        if (!report.ListVms()) return failed("GetVMInfoList");
         std::vector<SKeyPairInfoLib> keys;
         if (!facade->GetKeyPairList(keys)) return failed("GetKeyPairList");
         std::vector<SNetworkInfoLib> networks;
