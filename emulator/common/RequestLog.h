@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -29,9 +31,16 @@ struct LoggedRequest {
     std::string fault;         // id of the fault rule applied, if any
 };
 
+// Sees each value the log masks, before it is masked: the member or header it
+// came in ("password", "adminPassword", "authorization", "cookie", ...) and the
+// value. The tests' proof that no secret reaches a client's log takes its
+// list of secrets from here.
+using SecretWitness = std::function<void(const std::string& name, const std::string& value)>;
+
 // The JSON text with the values of secret members ("adminPassword",
-// "password", ...) replaced by "*****"; other text unchanged.
-std::string MaskSecrets(const std::string& body);
+// "password", ...) replaced by "*****"; other text unchanged. `witness`, when
+// given, is told each value replaced.
+std::string MaskSecrets(const std::string& body, const SecretWitness* witness = nullptr);
 
 class RequestLog {
 public:
@@ -44,10 +53,13 @@ public:
     std::vector<LoggedRequest> last(size_t n) const;
     JArray toJson(size_t n) const;
     void clear();
+    // Installs (or, with an empty function, removes) the witness of the values add() masks.
+    void setSecretWitness(SecretWitness witness);
 
 private:
     size_t capacity_;
     mutable std::mutex mutex_;
+    std::shared_ptr<const SecretWitness> witness_;
     std::deque<LoggedRequest> entries_;
 };
 

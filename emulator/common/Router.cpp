@@ -57,9 +57,11 @@ RouteAuth Router::areaOf(const std::string& rawPath) const {
     RouteAuth auth = fallback_;
     for (const auto& a : areas_) {
         const size_t n = a.first.size();
+        // A path shorter than the prefix has no character at n to look at.
+        if (n <= best || rawPath.size() < n || rawPath.compare(0, n, a.first) != 0) continue;
         // Whole segments only: "/instance" owns "/instance/x", not "/instances".
-        const bool segment = a.first.back() == '/' || rawPath.size() == n || rawPath[n] == '/';
-        if (n > best && rawPath.compare(0, n, a.first) == 0 && segment) {
+        const bool segment = n == 0 || a.first.back() == '/' || rawPath.size() == n || rawPath[n] == '/';
+        if (segment) {
             best = n;
             auth = a.second;
         }

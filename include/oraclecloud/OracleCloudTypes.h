@@ -7,8 +7,9 @@ namespace OracleCloudSDKWrapper {
 // Infrastructure (OCI) backend; every other value builds the Classic backend, and
 // 1 additionally switches on the Compute Classic disk-slot rules (index 1..10,
 // attachments looked up by disk). Values outside the named ones are accepted and
-// behave like 0.
-enum EOracleCloudType {
+// behave like 0: the fixed underlying type makes any int a caller casts to it a
+// defined value.
+enum EOracleCloudType : int {
     ORACLE_CLOUD_UNSPECIFIED = 0,     // Classic backend, no Compute disk-slot rules
     ORACLE_CLOUD_CLASSIC = 1,         // Compute Classic (and its PaaS services)
     ORACLE_CLOUD_INFRASTRUCTURE = 2,  // OCI, signed REST
@@ -18,8 +19,9 @@ enum EOracleCloudType {
 // The service (endpoint family) a connection addresses. Classic connections
 // accept 1 (session login) and 2, 8, 9 (PaaS, basic credentials); the OCI
 // connection maps 3..7 and 10 to the first label of the endpoint host. Any other
-// value has no endpoint.
-enum EOracleServiceType {
+// value has no endpoint (and, with the fixed underlying type, is still a defined
+// value to hold and compare).
+enum EOracleServiceType : int {
     ORACLE_SERVICE_UNKNOWN = 0,
     ORACLE_SERVICE_COMPUTE = 1,           // Compute Classic
     ORACLE_SERVICE_PAAS_DATABASE = 2,     // Classic PaaS: database (DBCS)

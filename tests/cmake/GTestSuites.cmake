@@ -5,7 +5,8 @@
 # all programs still run in parallel under ctest -j.
 #
 # The suites are listed after each build, like gtest_discover_tests does with
-# cases, so adding a test needs no change here.
+# cases, so adding a test needs no change here. The target property
+# OCW_SUITE_PROPERTIES (text of "NAME value" pairs) is added to every suite.
 set(_ocw_gtest_suites_script ${CMAKE_CURRENT_LIST_FILE})
 
 function(ocw_add_gtest_suites target label timeout)
@@ -13,7 +14,8 @@ function(ocw_add_gtest_suites target label timeout)
   set(include_file "${CMAKE_CURRENT_BINARY_DIR}/${target}_include.cmake")
   add_custom_command(TARGET ${target} POST_BUILD
     COMMAND ${CMAKE_COMMAND} -D OCW_EXE=$<TARGET_FILE:${target}> -D OCW_OUT=${suites_file}
-            -D OCW_LABEL=${label} -D OCW_TIMEOUT=${timeout} -P ${_ocw_gtest_suites_script}
+            -D OCW_LABEL=${label} -D OCW_TIMEOUT=${timeout}
+            "-DOCW_EXTRA=$<TARGET_PROPERTY:${target},OCW_SUITE_PROPERTIES>" -P ${_ocw_gtest_suites_script}
     VERBATIM)
   file(WRITE "${include_file}"
     "if(EXISTS \"${suites_file}\")\n  include(\"${suites_file}\")\nelse()\n"
@@ -35,7 +37,7 @@ if(CMAKE_SCRIPT_MODE_FILE AND OCW_EXE)
       set(suite "${CMAKE_MATCH_1}")
       string(APPEND content
         "add_test([==[${suite}]==] [==[${OCW_EXE}]==] [==[--gtest_filter=${suite}.*]==])\n"
-        "set_tests_properties([==[${suite}]==] PROPERTIES LABELS ${OCW_LABEL} TIMEOUT ${OCW_TIMEOUT})\n")
+        "set_tests_properties([==[${suite}]==] PROPERTIES LABELS ${OCW_LABEL} TIMEOUT ${OCW_TIMEOUT} ${OCW_EXTRA})\n")
     endif()
   endforeach()
   file(WRITE "${OCW_OUT}" "${content}")

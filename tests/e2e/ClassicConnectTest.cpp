@@ -2,18 +2,16 @@
 // wire for every form of server and user text, the PaaS connection that sends
 // nothing until its first request, what a refused login and a refused service
 // type leave behind, the one re-login after an expired session (and none for
-// any other 401), and that no password, cookie or basic credential reaches the
-// log even at the most verbose level.
+// any other 401). That no password, cookie or basic credential reaches the
+// log is shown for every test at once by secrets.NoSecretInAnyLog.
 #include <gtest/gtest.h>
 
 #include "EmulatorFixture.h"
-#include "LogCapture.h"
 
 namespace {
 
 using namespace OracleCloudSDKWrapper;
 using ocwtest::EmulatorTest;
-using ocwtest::LogCapture;
 
 class ClassicConnect : public EmulatorTest {
 protected:
@@ -94,30 +92,6 @@ TEST_F(ClassicConnect, ExpiredSessionLogsInOnceAndRepeatsTheRequestButAnyOther40
     EXPECT_FALSE(facade->GetVMInfo(ClassicUserPath() + "/web1", "", vm, 0, ""));
     EXPECT_EQ(facade->GetLastError(), "Authorization token is invalid.");
     EXPECT_EQ(CountRequests("POST", "/authenticate/"), 0u);
-}
-
-TEST_F(ClassicConnect, NoPasswordCookieOrBasicCredentialReachesTheLogAtTheMostVerboseLevel) {
-    LogCapture capture(99);
-    auto compute = ConnectClassicFacade();
-    ASSERT_TRUE(compute);
-    ExpireClassicSessions();  // a re-login as well
-    std::vector<SVMInfoLib> vms;
-    ASSERT_TRUE(compute->GetVMInfoList(vms, 0, "")) << compute->GetLastError();
-    COracleCloudWrapper wrong(ORACLE_CLOUD_CLASSIC);
-    EXPECT_FALSE(wrong.Connect(info().classicEndpoint, ClassicUserPath(), info().classicPassword + "x",
-                               ORACLE_SERVICE_COMPUTE));
-    auto paas = ConnectPaaSFacade();
-    ASSERT_TRUE(paas);
-    std::vector<SJavaInstanceInfoLib> java;
-    paas->GetJavaInstanceList(java);
-
-    // Basic credentials are the user and the password; every cookie is "nimbula=...".
-    ASSERT_FALSE(capture.lines().empty());
-    for (const auto& line : capture.lines()) {
-        for (const std::string& secret : {info().classicPassword, std::string("nimbula=")}) {
-            EXPECT_EQ(line.text.find(secret), std::string::npos) << line.signature << ": " << line.text;
-        }
-    }
 }
 
 }  // namespace

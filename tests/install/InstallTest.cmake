@@ -1,6 +1,8 @@
 # Installs the build tree into a fresh prefix and builds a consumer against it
 # twice: with find_package(OracleCloudSDKWrapper) and with pkg-config.
-#   cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -P InstallTest.cmake
+#   cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... [-DCONSUMER_FLAGS=...] -P InstallTest.cmake
+# CONSUMER_FLAGS: compiler flags a consumer needs too (a library built with
+# sanitizers needs their runtime loaded first, by the program).
 foreach(v BUILD_DIR WORK_DIR CONSUMER_DIR CXX)
   if(NOT DEFINED ${v})
     message(FATAL_ERROR "${v} is not set")
@@ -60,7 +62,7 @@ get_filename_component(pcdir ${_pc} DIRECTORY)
 
 # 1. CMake package and imported target.
 run_step("configure the find_package consumer" ${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake-consumer
-         -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
+         -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${CONSUMER_FLAGS}")
 run_step("build the find_package consumer" ${CMAKE_COMMAND} --build ${WORK_DIR}/cmake-consumer)
 run_step("run the find_package consumer" ${WORK_DIR}/cmake-consumer/consumer)
 if(NOT STEP_OUTPUT MATCHES "consumer ok")
@@ -79,7 +81,7 @@ string(STRIP "${STEP_OUTPUT}" flags)
 if(NOT flags MATCHES "${moved}")
   message(FATAL_ERROR "pkg-config flags do not point into the moved tree: ${flags}")
 endif()
-separate_arguments(flags UNIX_COMMAND "${flags}")
+separate_arguments(flags UNIX_COMMAND "${flags} ${CONSUMER_FLAGS}")
 run_step("build the pkg-config consumer" ${CXX} -std=c++17 -o ${WORK_DIR}/pc-consumer ${CONSUMER_DIR}/main.cpp ${flags}
          -Wl,-rpath,${moved}/${librel})
 run_step("run the pkg-config consumer" ${WORK_DIR}/pc-consumer)

@@ -13,6 +13,8 @@
 
 #include "common/ApiKeys.h"
 #include "common/TimeUtil.h"
+#include "TestKeys.h"
+#include "TestSecrets.h"
 #include "platform/PlatformConfig.h"
 
 namespace ocwtest {
@@ -23,6 +25,26 @@ namespace {
 
 bool StartsWith(const std::string& text, const std::string& prefix) {
     return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
+}
+
+// Writes down the secrets of the emulator's account (its API key, the Classic
+// password) and, from then on, every secret a client sends it or it answers
+// (what its request log masks), for the log tap's check.
+void RecordEmulatorSecrets(ocwemu::Emulator& emulator) {
+    if (LogTapDir().empty()) return;
+    RecordPrivateKeyFile(emulator.info().keyFile);
+    RecordSecret("password", emulator.info().classicPassword);
+    emulator.requestLog().setSecretWitness([](const std::string& name, const std::string& value) {
+        if (name != "authorization") {
+            RecordSecret(name, value);
+            return;
+        }
+        // Basic credentials: the encoded text, "user:password" and the password.
+        RecordSecret("basic", value);
+        const std::string decoded = Base64Decode(value);
+        RecordSecret("basic", decoded);
+        if (decoded.find(':') != std::string::npos) RecordSecret("password", decoded.substr(decoded.find(':') + 1));
+    });
 }
 
 }  // namespace
@@ -37,9 +59,12 @@ ocwemu::Emulator* SharedEmulator() {
         options.pageSize = kEmulatorPageSize;
         options.compartments = kScaleCompartments;
         options.instances = kScaleInstances;
-        options.threads = 8;
+        options.threads = 16;  // a keep-alive connection holds a worker: room for the concurrency test's agents
         auto started = std::make_unique<ocwemu::Emulator>(options);
-        if (started->start()) return started;
+        if (started->start()) {
+            RecordEmulatorSecrets(*started);
+            return started;
+        }
         startError = started->lastError();
         return std::unique_ptr<ocwemu::Emulator>();
     }();
@@ -133,6 +158,7 @@ std::string EmulatorTest::UserToken(const std::string& region, const std::string
 std::unique_ptr<COracleCloudWrapper> EmulatorTest::ConnectFacade(const std::string& region,
                                                                  const std::string& keyFile,
                                                                  const std::string& passPhrase) {
+    RecordSecret("passphrase", passPhrase);
     auto facade = std::make_unique<COracleCloudWrapper>(OracleCloudSDKWrapper::ORACLE_CLOUD_INFRASTRUCTURE);
     if (!facade->Connect(info().tenancy, UserToken(region.empty() ? info().region : region, keyFile), passPhrase,
                          OracleCloudSDKWrapper::OCI_SERVICE_CORE)) {
@@ -165,6 +191,7 @@ std::string EmulatorTest::WriteUnknownKeyFile() {
         ADD_FAILURE() << "cannot write " << file << ": " << error;
         return {};
     }
+    RecordPrivateKeyFile(file);
     return file;
 }
 

@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "LogTap.h"
 #include "platform/DebugLog.h"
 
 namespace ocwtest {
@@ -12,13 +13,14 @@ using OracleCloudSDKWrapper::LogSink;
 
 namespace {
 
-// Installs `sink` at `level`; the returned function puts the previous sink back.
+// Installs `sink` at `level` (beside the log tap when it runs); the returned
+// function puts the previous sink back.
 std::function<void()> InstallSink(LogSink sink, int level) {
-    LogSink previous = DebugLog::SetSink(std::move(sink));
-    if (level >= 0) DebugLog::SetThreshold(level);
+    LogSink previous = DebugLog::SetSink(WithLogTap(std::move(sink), level));
+    if (level >= 0) DebugLog::SetThreshold(ThresholdWithLogTap(level));
     return [previous] {
         DebugLog::SetSink(previous);
-        DebugLog::ResetThreshold();
+        RestoreThresholdWithLogTap();
     };
 }
 

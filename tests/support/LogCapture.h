@@ -2,7 +2,9 @@
 // The library's log lines in memory, for tests that check what was reported
 // (and that no secret was). While a LogCapture lives it is the log sink and the
 // threshold is `level`; at its end the previous sink comes back and the
-// configured threshold applies again. Lines arrive from any thread.
+// configured threshold applies again. Lines arrive from any thread. While the
+// log tap runs (LogTap.h) it keeps getting every line, and a capture still
+// gets only the lines up to its level.
 //
 //   ocwtest::LogCapture log;            // every level
 //   facade->DeleteVolume(id);

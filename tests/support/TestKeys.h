@@ -13,6 +13,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "TestSecrets.h"
+
 namespace ocwtest {
 
 struct PkeyFree {
@@ -84,7 +86,10 @@ inline std::string ToPem(EVP_PKEY* key, KeyFormat format, const std::string& pas
     if (ok != 1) throw std::runtime_error("PEM encoding failed");
     char* data = nullptr;
     long len = BIO_get_mem_data(bio.get(), &data);
-    return std::string(data, static_cast<size_t>(len));
+    std::string pem(data, static_cast<size_t>(len));
+    RecordPrivateKeyPem(pem);
+    RecordSecret("passphrase", passphrase);
+    return pem;
 }
 
 inline std::string PublicPem(EVP_PKEY* key) {
