@@ -21,6 +21,12 @@ void RegisterImageCommands(CLI::App& app, Action& action);      // images, objec
 void RegisterDatabaseCommands(CLI::App& app, Action& action);
 void RegisterDemoCommand(CLI::App& app, Action& action);
 
+// The commands of a Cloud Classic profile (compute_endpoint / paas_endpoint).
+void RegisterClassicInstanceCommands(CLI::App& app, Action& action);   // instances, orchestrations
+void RegisterClassicVolumeCommands(CLI::App& app, Action& action);     // volumes, snapshots
+void RegisterClassicInventoryCommands(CLI::App& app, Action& action);  // keypairs, security-lists, networks
+void RegisterPaaSCommands(CLI::App& app, Action& action);              // db, java, mysql, jobs
+
 // Shared by several groups.
 void AddCompartmentOption(CLI::App& command, std::string& compartment);
 
