@@ -26,7 +26,8 @@ struct SOracleCloudFailureInfoLib {
     std::string request;           // method and URL path of the failed request, "GET /20160918/instances/..."
     long httpStatus = 0;           // status of its last answer; 0: no answer came (see transferError)
     std::string serviceCode;       // "code" of the answer's JSON error body ("NotAuthorizedOrNotFound", ...)
-    std::string serviceMessage;    // "message" of that body; both empty when the answer was not JSON
+    std::string serviceMessage;    // "message" of that body (Classic PaaS: "message" under "details");
+                                   // both empty when the answer was not JSON
     std::string serviceRequestId;  // the answer's "opc-request-id" header (OCI)
     std::string clientRequestId;   // the "opc-request-id" the library sent (OCI; one for all attempts)
     std::string transferError;     // why no answer came ("Connection refused", "Recv failure: ...")

@@ -12,8 +12,9 @@ namespace OracleCloudSDKWrapper {
 
 // The write side of the Classic backend: Compute Classic instances (launched
 // through a launch plan or an orchestration), volumes, snapshots, storage
-// attachments, reboot requests and power states. The PaaS operations
-// (database, Java and MySQL services) keep the base defaults in this build.
+// attachments, reboot requests and power states; and the services of the
+// PaaS half (database, Java and MySQL), which a connection of service type
+// 2, 8 or 9 reaches with basic credentials.
 //
 // Contract shared by every operation:
 // - true on success; false leaves the reason in GetLastError(): the
@@ -87,6 +88,64 @@ public:
     // True when the volume (a full name, or a name under user / the connected user) answers.
     bool DoesVolumeExist(const std::string& volumeName, const std::string& user) override;
 
+    // ---- PaaS: database services -------------------------------------------------
+    // Every PaaS URL holds the connection's identity domain. Request bodies:
+    // see OracleCloudClassicOperationsBodies.h. A refused request leaves the
+    // service's message ({"details": {"message"}} or {"message"}) as the last
+    // error; nothing is retried.
+    //
+    // POSTs the creation body (cloud storage credentials from db, else the
+    // connected account's user name and password) and waits until the service
+    // reports "Running"; db.status is then "Running". The wait is the compute
+    // one: poll interval and timeout as above.
+    bool CreateDBInstance(SOracleDBInstanceInfoLib& db) override;
+    // DELETE of the service; no wait (the service goes "Terminating", then 404).
+    bool DeleteDBInstance(const SOracleDBInstanceInfoLib& db) override;
+    // PUT of the scaling body; no wait (the service goes "Maintenance").
+    bool ScaleDBInstance(const SOracleDBInstanceInfoLib& db) override;
+    bool StartDBInstance(const SOracleDBInstanceInfoLib& db) override;
+    bool StopDBInstance(const SOracleDBInstanceInfoLib& db) override;
+    bool RestartDBInstance(const SOracleDBInstanceInfoLib& db) override;
+    // POST of {"lifecycleState": operation [, "vmName"]}; no wait.
+    bool DBInstancePowerOp(const std::string& operation, const SOracleDBInstanceInfoLib& db);
+
+    // ---- PaaS: backups and restores ----------------------------------------------
+    // The backup family returns once the service accepted the job: jobUri
+    // receives the job's URI (as the service names it, usually absolute), to
+    // be polled with QueryBackupRestoreJobStatus (database) or
+    // QueryJavaMySQLBackupRestoreJobStatus (Java, MySQL). It is taken from the
+    // answer's "location" header, except for a Java restore, whose answer
+    // names it in "target_uri". Departure: an accepted request whose answer
+    // names no job fails ("The answer of [<url>] named no job in [location]"
+    // / "[target_uri]"), because an empty URI would have the caller poll the
+    // server's root. jobUri is untouched on failure; jobInfo is never written.
+    // The Java and MySQL forms also fail when the answer is not a JSON object
+    // ("The response [%s] is not in valid JSON format.").
+    bool BackupDBInstance(const SOracleDBInstanceInfoLib& db, const SPaaSBackupRestoreOptionsLib& options,
+                          std::string& jobUri, std::string& jobInfo) override;
+    // Restore point: options.tag, else options.latest, else options.scn, else
+    // options.timestamp. With none of them nothing is sent and the call fails
+    // with "The Request should contain valid restore input parmeters.
+    // tag/latest/scn/timestamp" (the service's client has always said so).
+    bool RestoreDBInstance(const SOracleDBInstanceInfoLib& db, const SPaaSBackupRestoreOptionsLib& options,
+                           std::string& jobUri, std::string& jobInfo) override;
+    // Not offered by this cloud's API: false without a request ("Deleting a
+    // database backup is not supported on Oracle Cloud Classic").
+    bool DeleteDBBackup(const SOracleDBInstanceInfoLib& db, const SPaaSBackupRestoreOptionsLib& options,
+                        std::string& jobUri, std::string& jobInfo) override;
+    bool BackupJavaInstance(const SJavaInstanceInfoLib& java, const SPaaSBackupRestoreOptionsLib& options,
+                            std::string& jobUri, std::string& jobInfo) override;
+    bool RestoreJavaInstance(const SJavaInstanceInfoLib& java, const SPaaSBackupRestoreOptionsLib& options,
+                             std::string& jobUri, std::string& jobInfo) override;
+    bool DeleteJavaBackup(const SJavaInstanceInfoLib& java, const SPaaSBackupRestoreOptionsLib& options,
+                          std::string& jobUri, std::string& jobInfo) override;
+    bool BackupMySQLInstance(const SMySQLInstanceInfoLib& mysql, const SPaaSBackupRestoreOptionsLib& options,
+                             std::string& jobUri, std::string& jobInfo) override;
+    bool RestoreMySQLInstance(const SMySQLInstanceInfoLib& mysql, const SPaaSBackupRestoreOptionsLib& options,
+                              std::string& jobUri, std::string& jobInfo) override;
+    bool DeleteMySQLBackup(const SMySQLInstanceInfoLib& mysql, const SPaaSBackupRestoreOptionsLib& options,
+                           std::string& jobUri, std::string& jobInfo) override;
+
     // Replaces the operation timeout (seconds). True.
     bool SetOperationTimeout(unsigned int seconds) override;
     // DELETE of link with an empty body; on failure the answer's "message"
@@ -127,6 +186,24 @@ protected:
     // The whole-volume rewrite shared by MakeVolumeBootable and ClearDescriptionForVolume.
     bool rewriteVolume(SDiskInfoLib& disk, const JsonObject& body, const char* inconsistentUriText,
                        bool (*changed)(const SDiskInfoLib&), const std::string& unchangedText);
+
+    // The body as text; false (logged: "The Request json could not be formed
+    // for " + operation) when it cannot be written.
+    bool formBody(const JsonObject& body, const char* operation, std::string& text);
+    // Serializes body and sends it (PUT when put, else POST) to link.
+    bool sendPaaSBody(bool put, const std::string& link, const JsonObject& body, const char* operation,
+                      std::string& response);
+    // A database service job: POST of body to link; the job from "location".
+    bool startDatabaseJob(const std::string& link, const JsonObject& body, const char* operation,
+                          std::string& jobUri);
+    // A Java or MySQL service job: POST of body to "<collection>/<service>/<action>/";
+    // the answer must be a JSON object; the job from "target_uri" when
+    // jobInTargetUri, else from "location".
+    bool startManagedServiceJob(const char* collection, const std::string& service, const char* action,
+                                const JsonObject& body, const char* operation, bool jobInTargetUri,
+                                std::string& jobUri);
+    // jobUri = candidate; false (logged) when candidate is empty.
+    bool takeJobUri(const std::string& candidate, const std::string& link, const char* source, std::string& jobUri);
 
     DebugLog m_debugLog;
     uint32_t operationTimeout;

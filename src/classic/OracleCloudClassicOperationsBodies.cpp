@@ -221,5 +221,166 @@ JsonObject ClearedDescriptionVolumeBody(const SDiskInfoLib& disk) {
     return body;
 }
 
+// ---- PaaS services ----------------------------------------------------------------
+
+namespace {
+
+const char* const kTrue = "true";
+
+void PutText(JsonObject& body, const char* key, const std::string& value) {
+    if (!value.empty()) body[key] = value;
+}
+
+void PutFlag(JsonObject& body, const char* key, bool set) {
+    if (set) body[key] = kTrue;
+}
+
+// The service's form of the database creation flags.
+void PutYes(JsonObject& body, const char* key, bool set) {
+    if (set) body[key] = "yes";
+}
+
+void PutInstantBackup(const SOracleDBInstanceInfoLib& db, JsonObject& parameter) {
+    parameter["ibkup"] = "yes";
+    if (db.instantBackupOnPremise) {
+        parameter["ibkupOnPremise"] = false;
+        parameter["ibkupServiceID"] = db.ibkupServiceId;
+        return;
+    }
+    parameter["ibkupDatabaseID"] = db.ibkupDatabaseId;
+    parameter["ibkupCloudStorageContainer"] = db.ibkupCloudStorageContainer;
+    parameter["ibkupCloudStoragePassword"] = db.ibkupCloudStoragePassword;
+    parameter["ibkupCloudStorageUser"] = db.ibkupCloudStorageUser;
+    PutText(parameter, "ibkupDecryptionKey", db.ibkupDecryptionKey);
+    PutText(parameter, "ibkupWalletFileContent", db.ibkupWalletFileContent);
+}
+
+}  // namespace
+
+JsonObject DBCreateBody(const SOracleDBInstanceInfoLib& db, const std::string& accountUser,
+                        const std::string& accountPassword) {
+    JsonObject body;
+    body["serviceName"] = db.serviceName;
+    body["description"] = db.description;
+    PutText(body, "edition", db.edition);
+    body["level"] = db.level;
+    body["shape"] = db.shape;
+    body["subscriptionType"] = db.subscriptionType;
+    body["version"] = db.version;
+    body["vmPublicKeyText"] = db.sshPublicKey;
+    JsonObject parameter;
+    parameter["backupDestination"] = db.backupDestination;
+    if (db.backupDestination != "NONE") {
+        body["cloudStorageContainer"] = db.cloudStorageContainer;
+        if (!db.cloudStorageUser.empty()) {
+            body["cloudStorageUser"] = db.cloudStorageUser;
+            body["cloudStoragePwd"] = db.cloudStoragePwd;
+        } else {
+            body["cloudStorageUser"] = accountUser;
+            body["cloudStoragePwd"] = accountPassword;
+            body["createStorageContainerIfMissing"] = true;
+        }
+    }
+    parameter["adminPassword"] = db.adminPassword;
+    if (db.listenerPort > 0) parameter["listenerPort"] = db.listenerPort;
+    PutText(parameter, "charset", db.charset);
+    PutText(parameter, "ncharset", db.ncharset);
+    parameter["sid"] = db.sid;
+    parameter["type"] = db.databaseType;
+    parameter["usableStorage"] = db.usableStorage;
+    PutYes(parameter, "isRac", db.racDatabase);
+    PutYes(parameter, "disasterRecovery", db.disasterRecovery);
+    PutYes(parameter, "failoverDatabase", db.failoverDatabase);
+    PutYes(parameter, "goldenGate", db.goldenGate);
+    PutText(parameter, "timezone", db.timezone);
+    if (db.instantBackup) PutInstantBackup(db, parameter);
+    JsonArray parameters;
+    parameters.emplace_back(std::move(parameter));
+    body["parameters"] = std::move(parameters);
+    return body;
+}
+
+JsonObject DBScaleBody(const SOracleDBInstanceInfoLib& db) {
+    JsonObject body;
+    if (!db.additionalStorage.empty()) {
+        body["additionalStorage"] = db.additionalStorage;
+        PutText(body, "usage", db.usage);
+    }
+    PutText(body, "shape", db.newShape);
+    PutText(body, "componentInstanceName", db.componentInstanceName);
+    return body;
+}
+
+JsonObject DBPowerBody(const std::string& operation, const SOracleDBInstanceInfoLib& db) {
+    JsonObject body;
+    body["lifecycleState"] = operation;
+    PutText(body, "vmName", db.vmName);
+    return body;
+}
+
+JsonObject DBBackupBody(const SPaaSBackupRestoreOptionsLib& options) {
+    JsonObject body;
+    PutFlag(body, "keepForever", options.keepForever);
+    return body;
+}
+
+bool DBRestoreBody(const SPaaSBackupRestoreOptionsLib& options, JsonObject& body) {
+    body = JsonObject();
+    if (!options.tag.empty()) {
+        body["tag"] = options.tag;
+    } else if (options.latest) {
+        body["latest"] = "";
+    } else if (!options.scn.empty()) {
+        body["scn"] = options.scn;
+    } else if (!options.timestamp.empty()) {
+        body["timestamp"] = options.timestamp;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+JsonObject JavaBackupBody(const SPaaSBackupRestoreOptionsLib& options) {
+    JsonObject body;
+    PutText(body, "notes", options.notes);
+    PutFlag(body, "databaseIncluded", options.databaseIncluded);
+    PutFlag(body, "full", options.fullBackup);
+    PutFlag(body, "keepForever", options.keepForever);
+    return body;
+}
+
+JsonObject JavaRestoreBody(const SPaaSBackupRestoreOptionsLib& options) {
+    JsonObject body;
+    PutText(body, "backupId", options.backupId);
+    PutText(body, "notes", options.notes);
+    PutFlag(body, "forcScaleIn", options.forceScaleIn);
+    PutFlag(body, "pauseOTD", options.pauseOtd);
+    PutFlag(body, "resetBinaries", options.resetBinaries);
+    PutFlag(body, "restoreConfig", options.restoreConfig);
+    return body;
+}
+
+JsonObject MySQLBackupBody(const SPaaSBackupRestoreOptionsLib& options) {
+    JsonObject body;
+    PutText(body, "notes", options.notes);
+    PutFlag(body, "keepForever", options.keepForever);
+    return body;
+}
+
+JsonObject MySQLRestoreBody(const SPaaSBackupRestoreOptionsLib& options) {
+    JsonObject body;
+    PutText(body, "notes", options.notes);
+    PutText(body, "backupId", options.backupId);
+    PutText(body, "restoreId", options.restoreId);
+    PutText(body, "restoreType", options.restoreType);
+    return body;
+}
+
+JsonObject DeleteBackupBody(const SPaaSBackupRestoreOptionsLib& options) {
+    JsonObject body;
+    PutText(body, "backupId", options.backupId);
+    return body;
+}
+
 }  // namespace classicoperations
 }  // namespace OracleCloudSDKWrapper

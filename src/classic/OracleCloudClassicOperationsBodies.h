@@ -1,6 +1,6 @@
 #pragma once
-// Request bodies of the Classic compute operations, built from the caller's
-// records. Pure functions: no request, no log. Members appear in the order
+// Request bodies of the Classic compute and PaaS operations, built from the
+// caller's records. Pure functions: no request, no log. Members appear in the order
 // written here, which is the order they go on the wire.
 #include <cstdint>
 #include <string>
@@ -72,6 +72,61 @@ JsonObject BootableVolumeBody(const SDiskInfoLib& disk);
 // The whole volume with an empty description: {"description": "", "bootable",
 // "name", "properties" [its own], "size"}.
 JsonObject ClearedDescriptionVolumeBody(const SDiskInfoLib& disk);
+
+// ---- PaaS services ----------------------------------------------------------------
+// Flags of the backup options go out as the JSON string "true" and only when
+// set; text options only when not empty.
+
+// The database service creation body. Top level: "serviceName",
+// "description", ["edition"], "level", "shape", "subscriptionType", "version",
+// "vmPublicKeyText" (db.sshPublicKey); when db.backupDestination is not "NONE"
+// also "cloudStorageContainer", "cloudStorageUser" and "cloudStoragePwd":
+// the record's own cloud storage user and password, or, when the record has
+// no user, accountUser / accountPassword with "createStorageContainerIfMissing"
+// true; last "parameters", a list of one object: "backupDestination",
+// "adminPassword", ["listenerPort" (number, when > 0)], ["charset"],
+// ["ncharset"], "sid", "type" (db.databaseType), "usableStorage", ["isRac",
+// "disasterRecovery", "failoverDatabase", "goldenGate": "yes" each, when set;
+// the service takes these flags as "yes"/"no"], ["timezone"], and with
+// db.instantBackup "ibkup": "yes" followed either, when
+// db.instantBackupOnPremise (the source is a backup of a cloud service), by
+// "ibkupOnPremise": false and "ibkupServiceID", or by "ibkupDatabaseID",
+// "ibkupCloudStorageContainer", "ibkupCloudStoragePassword",
+// "ibkupCloudStorageUser", ["ibkupDecryptionKey"], ["ibkupWalletFileContent"].
+JsonObject DBCreateBody(const SOracleDBInstanceInfoLib& db, const std::string& accountUser,
+                        const std::string& accountPassword);
+
+// {"additionalStorage", "usage" (only with additionalStorage), "shape"
+// (db.newShape), "componentInstanceName"}, each when not empty.
+JsonObject DBScaleBody(const SOracleDBInstanceInfoLib& db);
+
+// {"lifecycleState": operation, ["vmName"]}.
+JsonObject DBPowerBody(const std::string& operation, const SOracleDBInstanceInfoLib& db);
+
+// {"keepForever": "true"} when keep-forever is set, else {}.
+JsonObject DBBackupBody(const SPaaSBackupRestoreOptionsLib& options);
+
+// The restore point, first found of: {"tag": tag}, {"latest": ""} (the key
+// selects the latest backup; its value is empty on purpose), {"scn": scn},
+// {"timestamp": timestamp}. False when the options name none.
+bool DBRestoreBody(const SPaaSBackupRestoreOptionsLib& options, JsonObject& body);
+
+// {["notes"], ["databaseIncluded"], ["full"], ["keepForever"]}.
+JsonObject JavaBackupBody(const SPaaSBackupRestoreOptionsLib& options);
+
+// {["backupId"], ["notes"], ["forcScaleIn"], ["pauseOTD"], ["resetBinaries"],
+// ["restoreConfig"]}. "forcScaleIn" is spelled so on purpose: it is the key
+// the service has always been sent.
+JsonObject JavaRestoreBody(const SPaaSBackupRestoreOptionsLib& options);
+
+// {["notes"], ["keepForever"]}.
+JsonObject MySQLBackupBody(const SPaaSBackupRestoreOptionsLib& options);
+
+// {["notes"], ["backupId"], ["restoreId"], ["restoreType"]}.
+JsonObject MySQLRestoreBody(const SPaaSBackupRestoreOptionsLib& options);
+
+// The deletion of a Java or MySQL backup: {["backupId"]}.
+JsonObject DeleteBackupBody(const SPaaSBackupRestoreOptionsLib& options);
 
 }  // namespace classicoperations
 }  // namespace OracleCloudSDKWrapper

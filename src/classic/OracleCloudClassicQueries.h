@@ -133,6 +133,9 @@ public:
     bool GetSSHKeysList(std::vector<SOracleSSHKeyLib>& keys) override;
     // The first key whose computeKeyName is name (or ends in "/" + name).
     bool GetSSHKeyByName(const std::string& name, SOracleSSHKeyLib& key) override;
+    // Departure: the Java service answers its "services" as an object keyed
+    // by service name, not as a list; both forms are read (one record per
+    // member value, in the answer's order).
     bool GetJavaInstanceList(std::vector<SJavaInstanceInfoLib>& instances) override;
     bool GetMySQLInstanceList(std::vector<SMySQLInstanceInfoLib>& instances) override;
     // GET of the job's URI (as the service gave it: absolute or relative);

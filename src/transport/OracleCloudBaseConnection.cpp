@@ -138,6 +138,11 @@ void COracleCloudBaseConnection::recordFailure(HTTP_REQ_TYPE type, const std::st
         if (JsonHelper::Parse(response, document) && document.is_object()) {
             record.serviceCode = JsonHelper::GetStringValue(document.get_object(), "code");
             record.serviceMessage = JsonHelper::GetStringValue(document.get_object(), "message");
+            // The Classic PaaS services nest their text: {"details": {"message": ...}}.
+            const JsonObject* details = JsonHelper::FindObjectValue(document.get_object(), "details");
+            if (record.serviceMessage.empty() && details != nullptr) {
+                record.serviceMessage = JsonHelper::GetStringValue(*details, "message");
+            }
         }
     }
     lastRequestFailure = std::move(record);

@@ -13,7 +13,10 @@ bool isSecretName(const boost::json::string_view name)
 {
     std::string lower(name.data(), name.size());
     std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
-    for (const char* word : {"password", "pwd", "passphrase", "secret", "privatekey", "private_key"}) {
+    // The last two are the key and wallet that open a database's backups
+    // (ibkupDecryptionKey, ibkupWalletFileContent).
+    for (const char* word :
+         {"password", "pwd", "passphrase", "secret", "privatekey", "private_key", "decryptionkey", "walletfile"}) {
         if (lower.find(word) != std::string::npos) {
             return true;
         }

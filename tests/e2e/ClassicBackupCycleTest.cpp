@@ -5,9 +5,6 @@
 // rebooted, powered off and on, deleted, or that goes into "error".
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <thread>
-
 #include "EmulatorFixture.h"
 #include "LogCapture.h"
 
@@ -19,17 +16,6 @@ using ocwtest::LogTrigger;
 
 class ClassicBackupCycle : public EmulatorTest {
 protected:
-    // Polls a facade status reader the way an agent does, up to ten seconds.
-    template <class Read>
-    std::string PollUntil(const std::string& want, Read read) {
-        std::string status;
-        for (int i = 0; i < 100 && status != want; ++i) {
-            if (!read(status)) return "<read failed>";
-            if (status != want) std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        return status;
-    }
-
     // A VM record to launch on a new volume made bootable through the library.
     SVMInfoLib VmOnNewBootVolume(COracleCloudWrapper& facade, const std::string& name) {
         SDiskInfoLib disk;

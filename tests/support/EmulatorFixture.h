@@ -12,9 +12,11 @@
 #include <gtest/gtest.h>
 
 #include <boost/json.hpp>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Emulator.h"
@@ -98,6 +100,18 @@ protected:
     // Store id of the first live Classic object of `kind` ("instance",
     // "storage/volume", ...) whose full name starts with namePrefix; empty when none.
     std::string ClassicResourceId(const std::string& kind, const std::string& namePrefix);
+    // Polls a status reader of the library the way an agent does (every
+    // 100 ms, at most ten seconds) until it reads `want`. Returns the last
+    // status read, or "<read failed>" when a read failed.
+    template <class Read>
+    std::string PollUntil(const std::string& want, Read read) {
+        std::string status;
+        for (int i = 0; i < 100 && status != want; ++i) {
+            if (!read(status)) return "<read failed>";
+            if (status != want) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        return status;
+    }
 
     // A new RSA key file that the emulator does not know (mode 0600), in the
     // test's scratch directory.
