@@ -5,16 +5,12 @@ namespace ocw {
 using boost::json::array;
 using boost::json::object;
 
-namespace {
-
-std::string ShortName(const std::string& path) {
+std::string ClassicShortName(const std::string& path) {
     std::string name = path;
     while (!name.empty() && name.back() == '/') name.pop_back();
     const size_t slash = name.rfind('/');
     return slash == std::string::npos ? name : name.substr(slash + 1);
 }
-
-}  // namespace
 
 object ClassicInstanceJson(const oc::SVMInfoLib& vm, bool detailed) {
     object o{{"name", vm.vmName}, {"state", vm.state}, {"shape", vm.shape}, {"fullName", vm.fullName}};
@@ -37,7 +33,7 @@ object ClassicInstanceJson(const oc::SVMInfoLib& vm, bool detailed) {
 object ClassicDiskJson(const oc::SDiskInfoLib& d) {
     const std::string full = d.name.empty() ? d.volumeName : d.name;
     return object{{"index", d.index},
-                  {"name", ShortName(full)},
+                  {"name", ClassicShortName(full)},
                   {"sizeInGBs", d.sizeBytes >> 30},
                   {"bootable", d.bootable},
                   {"state", d.status},
@@ -53,7 +49,7 @@ object ClassicSecurityListJson(const oc::SSecurityGroupInfoLib& l) {
 }
 
 object ClassicNetworkJson(const oc::SNetworkInfoLib& n) {
-    return object{{"name", ShortName(n.name)}, {"ipAddressPrefix", n.ipAddressPrefix}, {"fullName", n.name}};
+    return object{{"name", ClassicShortName(n.name)}, {"ipAddressPrefix", n.ipAddressPrefix}, {"fullName", n.name}};
 }
 
 object DbServiceJson(const oc::SOracleDBInstanceInfoLib& db, bool detailed) {

@@ -11,6 +11,9 @@ namespace ocw {
 
 namespace oc = OracleCloudSDKWrapper;
 
+// "/Compute-acme/jdoe/web1-data" -> "web1-data" (trailing "/" ignored).
+std::string ClassicShortName(const std::string& path);
+
 boost::json::object ClassicInstanceJson(const oc::SVMInfoLib& vm, bool detailed);
 boost::json::object ClassicDiskJson(const oc::SDiskInfoLib& disk);
 boost::json::object ClassicKeyPairJson(const oc::SKeyPairInfoLib& key);

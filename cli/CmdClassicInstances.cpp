@@ -202,12 +202,8 @@ void RegisterClassicInstanceCommands(CLI::App& app, Action& action) {
         cmd->add_flag("-d,--details", *details, "read each instance's address and disks too");
         cmd->callback([&action, details] { action = [details](Session& s) { RunList(s, *details); }; });
     }
-    {
-        auto name = std::make_shared<std::string>();
-        CLI::App* cmd = group->add_subcommand("show", "show one instance with its disks and networks");
-        cmd->add_option("instance", *name, "instance name (web1) or full name")->required();
-        cmd->callback([&action, name] { action = [name](Session& s) { RunShow(s, *name); }; });
-    }
+    AddOneArgumentCommand(*group, action, "show", "show one instance with its disks and networks", "instance",
+                          "instance name (web1) or full name", RunShow);
     {
         auto o = std::make_shared<LaunchOptions>();
         CLI::App* cmd = group->add_subcommand(
@@ -227,11 +223,9 @@ void RegisterClassicInstanceCommands(CLI::App& app, Action& action) {
         {"reboot", "reboot an instance and wait until it runs again", Power::Reboot},
     };
     for (const auto& p : powers) {
-        auto name = std::make_shared<std::string>();
-        CLI::App* cmd = group->add_subcommand(p.name, p.help);
-        cmd->add_option("instance", *name, "instance name or full name")->required();
         const Power power = p.power;
-        cmd->callback([&action, name, power] { action = [name, power](Session& s) { RunPower(s, *name, power); }; });
+        AddOneArgumentCommand(*group, action, p.name, p.help, "instance", "instance name or full name",
+                              [power](Session& s, const std::string& name) { RunPower(s, name, power); });
     }
     {
         struct Opts { std::string name; bool noWait = false; };

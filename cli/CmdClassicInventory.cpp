@@ -2,6 +2,7 @@
 // pairs, security lists and IP networks).
 #include <functional>
 #include <iostream>
+#include <memory>
 
 #include "ClassicJson.h"
 #include "Commands.h"
@@ -25,6 +26,16 @@ void PrintAll(Session& s, const std::string& what, const std::vector<Column>& co
 }
 
 }  // namespace
+
+CLI::App* AddOneArgumentCommand(CLI::App& group, Action& action, const std::string& name, const std::string& help,
+                                const std::string& argument, const std::string& argumentHelp,
+                                std::function<void(Session&, const std::string&)> run) {
+    auto value = std::make_shared<std::string>();
+    CLI::App* cmd = group.add_subcommand(name, help);
+    cmd->add_option(argument, *value, argumentHelp)->required();
+    cmd->callback([&action, value, run] { action = [value, run](Session& s) { run(s, *value); }; });
+    return cmd;
+}
 
 void RegisterClassicInventoryCommands(CLI::App& app, Action& action) {
     app.add_subcommand("keypairs", "the account's SSH key pairs")->callback([&action] {

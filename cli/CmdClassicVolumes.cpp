@@ -193,12 +193,8 @@ void RegisterClassicVolumeCommands(CLI::App& app, Action& action) {
         cmd->add_option("--instance", *instance, "only this instance's volumes");
         cmd->callback([&action, instance] { action = [instance](Session& s) { RunList(s, *instance); }; });
     }
-    {
-        auto name = std::make_shared<std::string>();
-        CLI::App* cmd = volumes->add_subcommand("show", "whether a volume exists and its state (exit 4 if not)");
-        cmd->add_option("volume", *name, "volume name or full name")->required();
-        cmd->callback([&action, name] { action = [name](Session& s) { RunShow(s, *name); }; });
-    }
+    AddOneArgumentCommand(*volumes, action, "show", "whether a volume exists and its state (exit 4 if not)", "volume",
+                          "volume name or full name", RunShow);
     {
         auto o = std::make_shared<CreateOptions>();
         CLI::App* cmd = volumes->add_subcommand("create", "an empty volume, waiting until it is Online");
@@ -243,18 +239,13 @@ void RegisterClassicVolumeCommands(CLI::App& app, Action& action) {
         });
     }
     for (const SimpleCommand& command : kSimpleCommands) {
-        auto name = std::make_shared<std::string>();
-        CLI::App* cmd = (std::string(command.group) == "volumes" ? volumes : snapshots)->add_subcommand(command.name, command.help);
-        cmd->add_option(command.argument, *name, std::string(command.argument) + " name or full name")->required();
         const SimpleCommand* c = &command;
-        cmd->callback([&action, name, c] { action = [name, c](Session& s) { RunSimple(s, *c, *name); }; });
+        AddOneArgumentCommand(std::string(command.group) == "volumes" ? *volumes : *snapshots, action, command.name,
+                              command.help, command.argument, std::string(command.argument) + " name or full name",
+                              [c](Session& s, const std::string& name) { RunSimple(s, *c, name); });
     }
-    {
-        auto name = std::make_shared<std::string>();
-        CLI::App* cmd = snapshots->add_subcommand("show", "the state of a snapshot (exit 4 if it does not exist)");
-        cmd->add_option("snapshot", *name, "snapshot (VOLUME/NAME or full name)")->required();
-        cmd->callback([&action, name] { action = [name](Session& s) { RunSnapshotShow(s, *name); }; });
-    }
+    AddOneArgumentCommand(*snapshots, action, "show", "the state of a snapshot (exit 4 if it does not exist)",
+                          "snapshot", "snapshot (VOLUME/NAME or full name)", RunSnapshotShow);
 }
 
 }  // namespace ocw

@@ -204,15 +204,11 @@ void RegisterPaaSCommands(CLI::App& app, Action& action) {
                 RunList(s, kind);
             };
         });
-        auto name = std::make_shared<std::string>();
-        CLI::App* show = group->add_subcommand("show", "show one " + title);
-        show->add_option("service", *name, "service name")->required();
-        show->callback([&action, kind, name] {
-            action = [kind, name](Session& s) {
-                s.setService(ServiceOf(kind));
-                RunShow(s, kind, *name);
-            };
-        });
+        AddOneArgumentCommand(*group, action, "show", "show one " + title, "service", "service name",
+                              [kind](Session& s, const std::string& name) {
+                                  s.setService(ServiceOf(kind));
+                                  RunShow(s, kind, name);
+                              });
         AddJobCommand(*group, action, kind, JobOp::Backup);
         AddJobCommand(*group, action, kind, JobOp::Restore);
         // The library cannot delete a database service's backups (its
@@ -221,10 +217,8 @@ void RegisterPaaSCommands(CLI::App& app, Action& action) {
     }
     CLI::App* jobs = app.add_subcommand("jobs", "Classic PaaS jobs (backups, restores, backup deletions)");
     jobs->require_subcommand(1);
-    auto uri = std::make_shared<std::string>();
-    CLI::App* show = jobs->add_subcommand("show", "the state of a job, by the URI a --no-wait command printed");
-    show->add_option("uri", *uri, "job URI")->required();
-    show->callback([&action, uri] { action = [uri](Session& s) { RunJobShow(s, *uri); }; });
+    AddOneArgumentCommand(*jobs, action, "show", "the state of a job, by the URI a --no-wait command printed", "uri",
+                          "job URI", RunJobShow);
 }
 
 }  // namespace ocw

@@ -29,5 +29,9 @@ void RegisterPaaSCommands(CLI::App& app, Action& action);              // db, ja
 
 // Shared by several groups.
 void AddCompartmentOption(CLI::App& command, std::string& compartment);
+// A command of group with one required argument, that runs run(session, argument).
+CLI::App* AddOneArgumentCommand(CLI::App& group, Action& action, const std::string& name, const std::string& help,
+                                const std::string& argument, const std::string& argumentHelp,
+                                std::function<void(Session&, const std::string&)> run);
 
 }  // namespace ocw

@@ -7,6 +7,7 @@
 #include <map>
 #include <sstream>
 
+#include "ClassicJson.h"
 #include "ClassicWalk.h"
 #include "PaaSJobs.h"
 
@@ -19,11 +20,6 @@ using OracleCloudSDKWrapper::SVMInfoLib;
 namespace {
 
 std::string Gb(unsigned long long bytes) { return std::to_string(bytes >> 30) + " GB"; }
-
-std::string ShortName(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
 
 // One snapshot and the volume restored from it.
 struct Copy {
@@ -111,7 +107,7 @@ private:
             std::string detail;
             for (const Copy& copy : copies_) {
                 WaitForClassicSnapshot(s_, copy.snapshot, "snapshot " + copy.snapshot);
-                detail += (detail.empty() ? "" : ", ") + ShortName(copy.original.name) + " -> " +
+                detail += (detail.empty() ? "" : ", ") + ClassicShortName(copy.original.name) + " -> " +
                           copy.snapshot.substr(copy.snapshot.rfind('/', copy.snapshot.rfind('/') - 1) + 1);
             }
             return detail + " completed";
@@ -122,7 +118,7 @@ private:
         return steps_.run("volumes from the snapshots, wait until Online", [&] {
             std::string detail;
             for (Copy& copy : copies_) {
-                const std::string name = ShortName(copy.original.name) + "-restored-" + stamp_;
+                const std::string name = ClassicShortName(copy.original.name) + "-restored-" + stamp_;
                 s_.call("create volume " + name + " from " + copy.snapshot, [&](COracleCloudWrapper& c) {
                     return c.CreateVolumeFromSnapshot(copy.snapshot, name, copy.volume);
                 });
@@ -166,10 +162,10 @@ private:
                 }
                 if (seen == nullptr) throw CliError(kExitFailure, helper_.vmName + " does not list " + copy.volume);
                 if (seen->sizeBytes != copy.original.sizeBytes) {
-                    throw CliError(kExitFailure, ShortName(copy.volume) + " has " + Gb(seen->sizeBytes) +
+                    throw CliError(kExitFailure, ClassicShortName(copy.volume) + " has " + Gb(seen->sizeBytes) +
                                                      ", the original " + Gb(copy.original.sizeBytes));
                 }
-                detail += (detail.empty() ? "" : ", ") + helper_.vmName + " sees " + ShortName(copy.volume) +
+                detail += (detail.empty() ? "" : ", ") + helper_.vmName + " sees " + ClassicShortName(copy.volume) +
                           " as disk " + std::to_string(seen->index) + " (" + Gb(seen->sizeBytes) + ")";
             }
             return detail;
@@ -220,8 +216,8 @@ private:
                 s_.call("delete instance " + full, [&](COracleCloudWrapper& c) { return c.DeleteVM(full, "", false, true); });
                 return full;
             });
-            return saved.vmName + " " + saved.state + " on " + ShortName(boot) + " (orchestration " +
-                   ShortName(full.substr(0, full.rfind('/'))) + "_master)";
+            return saved.vmName + " " + saved.state + " on " + ClassicShortName(boot) + " (orchestration " +
+                   ClassicShortName(full.substr(0, full.rfind('/'))) + "_master)";
         });
     }
 
@@ -251,7 +247,7 @@ bool DatabaseBackup(Session& paas, DemoSteps& steps) {
         const boost::json::object job = FollowJob(paas, PaaSKind::Database, uri, "backup of " + db.serviceName);
         std::string tag;
         if (const boost::json::value* t = job.if_contains("tag")) tag = t->as_string().c_str();
-        return db.serviceName + ": job " + ShortName(uri) + " " + job.at("status").as_string().c_str() +
+        return db.serviceName + ": job " + ClassicShortName(uri) + " " + job.at("status").as_string().c_str() +
                (tag.empty() ? std::string() : ", tag " + tag);
     });
 }

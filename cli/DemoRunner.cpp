@@ -313,6 +313,17 @@ private:
     std::string bucket_, object_, image_, launched_;
 };
 
+// The emulator's profile [DEFAULT] of configFile, its agent configuration,
+// and the user's verbosity.
+GlobalOptions DemoProfile(const GlobalOptions& global, const std::string& configFile, const std::string& ini) {
+    GlobalOptions demo;
+    demo.configFile = configFile;
+    demo.profile = "DEFAULT";
+    demo.ini = ini;
+    demo.verbosity = global.verbosity;
+    return demo;
+}
+
 void Heading(const GlobalOptions& global, const std::string& cloud) {
     if (global.json) return;
     std::printf(cloud.empty() ? "\n" : "\n%s\n", cloud.c_str());
@@ -357,11 +368,7 @@ int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
         const bool classic = options.cloud != "oci";
         if (oci) {
             Heading(global, "OCI");
-            GlobalOptions demo;
-            demo.configFile = emulator.info().ociConfig;
-            demo.profile = "DEFAULT";
-            demo.ini = emulator.info().ini;
-            demo.verbosity = global.verbosity;
+            const GlobalOptions demo = DemoProfile(global, emulator.info().ociConfig, emulator.info().ini);
             // The facade (and its keep-alive connection) is gone before the
             // emulator stops, which would otherwise wait for the connection.
             Session session(demo);
@@ -373,11 +380,7 @@ int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
         }
         if (classic) {
             Heading(global, "Cloud Classic");
-            GlobalOptions demo;
-            demo.configFile = emulator.info().classicProfile;
-            demo.profile = "DEFAULT";
-            demo.ini = emulator.info().ini;
-            demo.verbosity = global.verbosity;
+            const GlobalOptions demo = DemoProfile(global, emulator.info().classicProfile, emulator.info().ini);
             Session compute(demo);
             Session paas(demo);
             compute.setInterruptHints(false);
