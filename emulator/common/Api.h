@@ -39,8 +39,10 @@ struct ApiResponse {
     std::string contentType = "application/json";
     std::vector<std::pair<std::string, std::string>> headers;
     // Set by fault injection: "close" drops the connection without an answer,
-    // "truncate" sends the headers and only part of the body.
+    // "truncate" sends the headers and only part of the body, "reset" resets
+    // the connection after part of the body, "stall" pauses stallMs there.
     std::string transportFault;
+    int stallMs = 0;
 
     void setHeader(const std::string& name, const std::string& value);
     void json(int statusCode, const JValue& doc);

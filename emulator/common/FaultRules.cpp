@@ -33,8 +33,9 @@ bool FaultRule::FromJson(const JObject& o, FaultRule& out, std::string& error) {
     auto status = JInt(o, "status");
     auto delay = JInt(o, "delayMs");
     if (out.action.empty()) out.action = status ? "status" : (delay ? "delay" : "");
-    if (out.action != "status" && out.action != "close" && out.action != "truncate" && out.action != "delay") {
-        error = "action must be one of status, close, truncate, delay";
+    if (out.action != "status" && out.action != "close" && out.action != "truncate" && out.action != "reset" &&
+        out.action != "stall" && out.action != "delay") {
+        error = "action must be one of status, close, truncate, reset, stall, delay";
         return false;
     }
     if (out.action == "status") {
@@ -51,6 +52,13 @@ bool FaultRule::FromJson(const JObject& o, FaultRule& out, std::string& error) {
     if (!out.body.empty() && out.action != "status") {
         error = "body goes with action status";
         return false;
+    }
+    if (const auto* after = o.if_contains("afterEffect")) {
+        if (!after->is_bool() || (after->get_bool() && out.action != "status")) {
+            error = "afterEffect is a boolean that goes with action status";
+            return false;
+        }
+        out.afterEffect = after->get_bool();
     }
     if (out.status && (out.code.empty() || out.message.empty())) {
         std::string code, message;
@@ -80,7 +88,8 @@ JObject FaultRule::toJson() const {
     return JObject{{"id", id},         {"method", method},   {"pathPrefix", pathPrefix},
                    {"host", host},     {"action", action},   {"status", status},
                    {"code", code},     {"message", message}, {"body", body},
-                   {"contentType", contentType},             {"times", times},
+                   {"contentType", contentType},             {"afterEffect", afterEffect},
+                   {"times", times},
                    {"probability", probability}, {"delayMs", delayMs}, {"hits", hits}};
 }
 
@@ -119,7 +128,10 @@ FaultDecision FaultRules::match(const std::string& method, const std::string& pa
         if (r.probability < 1.0 && std::uniform_real_distribution<double>(0.0, 1.0)(rng) >= r.probability) continue;
         if (r.times > 0) --r.times;
         ++r.hits;
-        d.delayMs += r.delayMs;
+        if (r.action == "stall")
+            d.stallMs = r.delayMs;
+        else
+            d.delayMs += r.delayMs;
         d.ruleId = r.id;
         if (r.action != "delay") {
             d.action = r.action;
@@ -128,6 +140,7 @@ FaultDecision FaultRules::match(const std::string& method, const std::string& pa
             d.message = r.message;
             d.body = r.body;
             d.contentType = r.contentType.empty() ? "text/plain" : r.contentType;
+            d.afterEffect = r.afterEffect;
         }
     }
     return d;

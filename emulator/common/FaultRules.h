@@ -1,7 +1,9 @@
 #pragma once
 // Injected faults ("/_emulator/faults"): rules matched by method, path prefix
-// and host that answer a status, delay, close the connection or cut the body
-// short, either a number of times or with a probability. Thread-safe.
+// and host that answer a status (before or after the request took effect),
+// delay, close the connection, cut the body short, reset the connection in
+// the middle of the body or stall there, either a number of times or with a
+// probability. Thread-safe.
 //
 // Holding a resource in a lifecycle state is also a fault the admin
 // interface offers; it lives in the Store because it changes what reads see.
@@ -19,15 +21,16 @@ struct FaultRule {
     std::string method;        // empty: any method
     std::string pathPrefix;    // empty: any path; compared with the raw path
     std::string host;          // empty: any host; else must occur in the Host header
-    std::string action = "status";  // "status" | "close" | "truncate" | "delay"
+    std::string action = "status";  // "status" | "close" | "truncate" | "reset" | "stall" | "delay"
     int status = 0;            // for "status": the HTTP status to answer
     std::string code;          // error code in the body (default from the status)
     std::string message;       // error message (default from the status)
     std::string body;          // for "status": a raw answer instead of the JSON error (a proxy's page)
     std::string contentType;   // of that raw answer (default text/plain)
+    bool afterEffect = false;  // for "status": the request is carried out first, then its answer replaced (a lost answer)
     int times = -1;            // applications left; -1 = unlimited
     double probability = 1.0;  // chance that a matching request is hit
-    int delayMs = 0;           // added delay before answering (any action)
+    int delayMs = 0;           // added delay before answering (any action); for "stall" the pause mid-body
     std::uint64_t hits = 0;
 
     // Reads a rule from the admin body; false with a reason on bad input.
@@ -45,6 +48,8 @@ struct FaultDecision {
     std::string message;
     std::string body;         // raw answer instead of the error document (empty: the document)
     std::string contentType;
+    bool afterEffect = false;
+    int stallMs = 0;     // "stall": the pause in the middle of the body
     std::string ruleId;  // the rule that chose the action (or the last delay rule)
 };
 

@@ -9,6 +9,7 @@
 #include <cctype>
 #include <cerrno>
 #include <chrono>
+#include <thread>
 
 namespace ocwemu {
 
@@ -50,13 +51,39 @@ static void Serve(const HttpServer::Dispatch& dispatch, const httplib::Request& 
     }
     hres.status = res.status;
     for (const auto& h : res.headers) hres.set_header(h.first, h.second);
-    if (res.transportFault == "truncate" && !res.body.empty()) {
+    if ((res.transportFault == "truncate" || res.transportFault == "reset" || res.transportFault == "stall") &&
+        !res.body.empty()) {
+        // Headers and the first half of the body go out; then the body ends
+        // early (truncate: an orderly close), the connection is reset (reset:
+        // the peer sees ECONNRESET, not an end of stream) or nothing moves for
+        // stallMs before the rest follows (stall).
         auto body = std::make_shared<std::string>(std::move(res.body));
-        hres.set_content_provider(body->size(), res.contentType.empty() ? "application/octet-stream" : res.contentType,
-                                  [body](size_t, size_t, httplib::DataSink& sink) {
-                                      sink.write(body->data(), body->size() / 2);
-                                      return false;  // ends the connection mid-body
-                                  });
+        const std::string fault = res.transportFault;
+        const int stallMs = res.stallMs;
+        const int fd = hreq.ssl ? SSL_get_fd(hreq.ssl) : -1;
+        hres.set_content_provider(
+            body->size(), res.contentType.empty() ? "application/octet-stream" : res.contentType,
+            [body, fault, stallMs, fd](size_t offset, size_t, httplib::DataSink& sink) {
+                const size_t half = body->size() / 2;
+                if (offset == 0) {
+                    sink.write(body->data(), half);
+                    if (fault == "truncate") return false;
+                    if (fault == "reset") {
+                        // Disconnecting a TCP socket aborts it with a reset and
+                        // leaves the descriptor to its owner.
+                        if (fd >= 0) {
+                            sockaddr unspecified{};
+                            unspecified.sa_family = AF_UNSPEC;
+                            ::connect(fd, &unspecified, sizeof unspecified);
+                        }
+                        return false;
+                    }
+                    std::this_thread::sleep_for(std::chrono::milliseconds(stallMs));
+                    return true;
+                }
+                sink.write(body->data() + offset, body->size() - offset);
+                return true;
+            });
         return;
     }
     if (!res.body.empty() || !res.contentType.empty()) {

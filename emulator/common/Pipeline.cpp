@@ -44,6 +44,18 @@ void Pipeline::handleAdmin(ApiRequest& req, ApiResponse& res) {
     }
 }
 
+void Pipeline::answerFault(const AuthScheme& auth, const FaultDecision& fault, ApiResponse& res) {
+    if (!fault.body.empty()) {
+        // What a proxy or load balancer in front of the service answers.
+        res.status = fault.status;
+        res.body = fault.body;
+        res.contentType = fault.contentType;
+        return;
+    }
+    auth.error(res, fault.status, fault.code, fault.message);
+    if (fault.status == 429 || fault.status == 503) res.setHeader("retry-after", "1");
+}
+
 void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
     const std::string requestId = req.hasHeader("opc-request-id") ? req.header("opc-request-id") : MakeRequestId();
     std::string pattern = "unmatched";
@@ -65,14 +77,14 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
         }
         if (fault.delayMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
         std::string reason;
-        if (fault.action == "status" && !fault.body.empty()) {
+        const bool answerFirst = fault.action == "status" && !fault.afterEffect;
+        if (answerFirst && !fault.body.empty()) {
             // What a proxy or load balancer in front of the service answers.
             res.status = fault.status;
             res.body = fault.body;
             res.contentType = fault.contentType;
-        } else if (fault.action == "status") {
-            auth.error(res, fault.status, fault.code, fault.message);
-            if (fault.status == 429 || fault.status == 503) res.setHeader("retry-after", "1");
+        } else if (answerFirst) {
+            answerFault(auth, fault, res);
         } else if (fault.action == "close") {
             res.transportFault = "close";
         } else if (!region_(req, m.auth, req.region, res)) {
@@ -107,7 +119,16 @@ void Pipeline::handle(ApiRequest& req, ApiResponse& res) {
                 auth.error(res, 500, "InternalServerError", "Internal error occurred.");
             }
         }
-        if (fault.action == "truncate") res.transportFault = "truncate";
+        if (fault.action == "status" && fault.afterEffect) {
+            // The work is done (and remembered under its retry token); only
+            // the answer is lost on its way back.
+            res = ApiResponse{};
+            answerFault(auth, fault, res);
+        }
+        if (fault.action == "truncate" || fault.action == "reset" || fault.action == "stall") {
+            res.transportFault = fault.action;
+            res.stallMs = fault.stallMs;
+        }
     }
     res.setHeader("opc-request-id", requestId);
     if (req.hasHeader("opc-client-request-id")) res.setHeader("opc-client-request-id", req.header("opc-client-request-id"));

@@ -57,6 +57,8 @@ public:
 
 private:
     void handleAdmin(ApiRequest& req, ApiResponse& res);
+    // The answer of a "status" fault: a raw text, or the service's error document.
+    static void answerFault(const AuthScheme& auth, const FaultDecision& fault, ApiResponse& res);
     Router& routes_;
     Router& admin_;
     Store& store_;

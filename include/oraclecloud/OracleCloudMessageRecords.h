@@ -30,7 +30,8 @@ struct SOracleCloudFailureInfoLib {
                                    // both empty when the answer was not JSON
     std::string serviceRequestId;  // the answer's "opc-request-id" header (OCI)
     std::string clientRequestId;   // the "opc-request-id" the library sent (OCI; one for all attempts)
-    std::string transferError;     // why no answer came ("Connection refused", "Recv failure: ...")
+    std::string transferError;     // why no (whole) answer came ("Connection refused", "Recv failure: ...");
+                                   // with a status, the answer broke off in its body
     unsigned attempts = 0;         // HTTP requests sent for it: retries and a Classic re-login included
 };
 

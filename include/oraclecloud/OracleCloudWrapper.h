@@ -253,7 +253,9 @@ public:
     // Waits for the detachment; a volume not attached to the instance is success.
     bool DetachVolume(const std::string& volumeName, const std::string& instanceName);
     // Refuses an empty name or size 0 before any request; a backend failure is
-    // logged and leaves GetLastError() unchanged.
+    // logged and leaves GetLastError() unchanged (Extension: GetLastFailure()
+    // holds the backend's text and the failed request, so a create whose
+    // answer was lost is known as such).
     bool CreateVolume(SDiskInfoLib& disk, const std::string& scope);
     // Checks that vm can be launched; sends nothing, logs why not.
     bool ValidateInstanceInfoForRestore(const SVMInfoLib& vm);

@@ -22,6 +22,9 @@ struct FacadeErrorSlot {
     // Makes `message` the last error, with the record of the last request that
     // failed after `since` (none: a record with only the message).
     void take(const std::string& message, unsigned long long since) const;
+    // The failure record alone (message: the backend's text), for the calls
+    // whose designed contract leaves the last error text unchanged.
+    void record(const std::string& message, unsigned long long since) const;
 };
 
 // Runs one call on a backend object and, when it fails, takes over the

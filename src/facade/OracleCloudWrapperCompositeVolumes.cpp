@@ -169,8 +169,12 @@ bool COracleCloudWrapper::CreateVolume(SDiskInfoLib& disk, const std::string& sc
                       disk.sizeBytes);
         return false;
     }
+    const unsigned long long since = errorSlot().mark();
     if (m_operations == nullptr || !m_operations->CreateVolume(disk, scope)) {
         OCW_LOG_ERROR(this, "Failed to create volume [%s]", disk.volumeName.c_str());
+        // A create that broke off may have made the volume: the record says
+        // which request failed and how, even though the text stays.
+        errorSlot().record(m_operations != nullptr ? m_operations->GetLastError() : std::string(), since);
         return false;
     }
     return true;

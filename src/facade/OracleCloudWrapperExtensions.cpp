@@ -15,12 +15,16 @@ unsigned long long FacadeErrorSlot::mark() const {
 
 void FacadeErrorSlot::take(const std::string& message, unsigned long long since) const {
     text = message;
-    SOracleCloudFailureInfoLib record;
+    record(message, since);
+}
+
+void FacadeErrorSlot::record(const std::string& message, unsigned long long since) const {
+    SOracleCloudFailureInfoLib entry;
     if (connection != nullptr && connection->getFailedRequestSequence() > since) {
-        record = connection->getLastRequestFailure();
+        entry = connection->getLastRequestFailure();
     }
-    record.message = message;
-    failure = std::move(record);
+    entry.message = message;
+    failure = std::move(entry);
 }
 
 FacadeErrorSlot COracleCloudWrapper::errorSlot() { return FacadeErrorSlot{m_lastError, m_lastFailure, m_connection}; }

@@ -35,7 +35,7 @@ bool COracleCloudInfrastructureQueries::_CollectPages(const std::string& path, c
             answered = m_connection->get(url, response, false, true);
         }
         if (!answered) {
-            SetLastErrorFromResponse(response);
+            SetLastErrorFromFailedRequest(response, m_connection->GetLastError());
             return false;
         }
         std::vector<T> page;
@@ -105,7 +105,7 @@ bool COracleCloudInfrastructureQueries::_CheckIfResourceExists(const std::string
             return true;
         }
         OCW_LOG_DEBUG(&m_debugLog, "Connection Error");
-        SetLastErrorFromResponse(response);
+        SetLastErrorFromFailedRequest(response, m_connection->GetLastError());
         return false;
     }
     T record{};

@@ -125,9 +125,8 @@ void COracleCloudBaseConnection::recordFailure(HTTP_REQ_TYPE type, const std::st
     // of its own: the client still holds the previous request's.
     if (attempts > 0) {
         record.httpStatus = getLastHTTPErrorCode();
-        if (record.httpStatus == 0) {
-            record.transferError = httpClient->GetLastTransferError();
-        }
+        // Also after a status line: an answer cut off in its body is no answer.
+        record.transferError = httpClient->GetLastTransferError();
         const std::string idLine = getHttpResponseHeader("opc-request-id");
         const size_t colon = idLine.find(':');
         if (colon != std::string::npos) {

@@ -75,6 +75,11 @@ std::string COracleCloudClassicConnection::CookieFromSetCookieLine(const std::st
     }
     std::string cookie = line.substr(kSetCookiePrefixLength);
     while (!cookie.empty() && (cookie.back() == '\r' || cookie.back() == '\n')) cookie.pop_back();
+    // A line break inside cannot go back as one header line: the client would
+    // refuse it and every request would leave without the session.
+    if (cookie.find_first_of("\r\n") != std::string::npos) {
+        return std::string();
+    }
     return cookie;
 }
 
@@ -227,12 +232,16 @@ bool COracleCloudClassicConnection::_sendReqFull(HTTP_REQ_TYPE type, const std::
             OCW_LOG_ERROR(&debugLog, "Error: API failed. operation [%d]. URL[%s]. Request [%s]",
                           static_cast<int>(type), fullUrl.c_str(), loggableBody.c_str());
         }
-        if (getLastHTTPErrorCode() == 0) {
-            // No answer at all: the transfer's own text is all a caller can learn.
-            SetLastError(httpClient->GetLastTransferError());
-        }
     }
-    recvResp(response);
+    const std::string transferError = httpClient->GetLastTransferError();
+    if (!ok && !transferError.empty()) {
+        // No answer, or one that broke off in its body: the transfer's own
+        // text is all a caller can learn, and a cut body is no answer.
+        SetLastError(transferError);
+        response.clear();
+    } else {
+        recvResp(response);
+    }
     LogResponse(fullUrl, response);
     return ok;
 }

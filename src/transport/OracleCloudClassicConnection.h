@@ -24,8 +24,8 @@ namespace OracleCloudSDKWrapper {
 // logs a failed request at error level (write verbs: false, true).
 //
 // On false the answer's body is in `response` and its status in
-// getLastHTTPErrorCode(); when no answer came at all, GetLastError() holds the
-// transfer's error text. Neither the password, the login body, the cookie nor
+// getLastHTTPErrorCode(); when no answer came at all, or it broke off in its
+// body, `response` is empty and GetLastError() holds the transfer's error text. Neither the password, the login body, the cookie nor
 // the basic credentials reach the log at any level; answers of
 // "authenticate/", "paas/api/v1.1/instancemgmt" and "sshkey" are never logged,
 // other answers (level 2) and request bodies (level 4, and failures) with
@@ -78,6 +78,8 @@ public:
     // The cookie kept from a raw "Set-Cookie:" header line: the line from its
     // 12th character on (" nimbula=..."), without trailing "\r\n"; empty when
     // the line has 11 characters or fewer. It is sent as "Cookie:" + cookie.
+    // Departure: also empty when a line break (a bare CR) remains inside, as
+    // such a text cannot be sent back as one header line.
     static std::string CookieFromSetCookieLine(const std::string& line);
     // The text every Compute login user must contain.
     static const char* const kComputeUserPrefix;  // "/Compute-"

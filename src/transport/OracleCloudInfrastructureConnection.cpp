@@ -271,6 +271,13 @@ bool COracleCloudInfrastructureConnection::setCurlHeaders(HTTP_REQ_TYPE type, co
         (!clientRequestId.empty() && !httpClient->AppendHeader(HTTP_HEADER_LINE, "opc-request-id: " + clientRequestId))) {
         OCW_LOG_ERROR(&debugLog, "Failed to set CURL User-Agent or opc-request-id header");
     }
+    // A create whose first attempt reached the service but whose answer was
+    // lost (500, 429 after the work was done) must not create twice when
+    // retried: the service answers a repeated token with the first result.
+    if (type == HTTP_REQ_POST && !retryToken.empty() &&
+        !httpClient->AppendHeader(HTTP_HEADER_LINE, "opc-retry-token: " + retryToken)) {
+        OCW_LOG_ERROR(&debugLog, "Failed to set CURL opc-retry-token header");
+    }
     return true;
 }
 
@@ -308,6 +315,14 @@ bool COracleCloudInfrastructureConnection::_sendReqFull(HTTP_REQ_TYPE type, cons
         OCW_LOG_ERROR(&debugLog, "Error: API failed. operation [%d]. URL[%s]. Request [%s]", static_cast<int>(type),
                       fullUrl.c_str(), MaskSecretsInBody(body).c_str());
     }
+    const std::string transferError = httpClient->GetLastTransferError();
+    if (!ok && !transferError.empty()) {
+        // No answer, or one cut off in its body: the transfer's text is the
+        // error, and a partial body is no answer to parse.
+        SetLastError(transferError);
+        response.clear();
+        return false;
+    }
     recvResp(response);
     LogResponse(fullUrl, response);
     return ok;
@@ -321,6 +336,10 @@ bool COracleCloudInfrastructureConnection::sendReq(HTTP_REQ_TYPE type, const std
     float wait = static_cast<float>(requestRetryInitialInterval);
     // One id for every attempt of this request, so support finds them all.
     clientRequestId = OCIConnectionUtils::NewRequestId();
+    // Search only reads, although it is a POST; every other POST creates or
+    // acts, and keeps one token over all its attempts.
+    retryToken = type == HTTP_REQ_POST && service != OCI_SERVICE_SEARCH ? OCIConnectionUtils::NewRequestId()
+                                                                        : std::string();
     for (;;) {
         response.clear();
         if (_sendReqFull(type, url, body, response, flag1, flag2)) {

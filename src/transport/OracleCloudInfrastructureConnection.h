@@ -25,6 +25,10 @@ namespace OracleCloudSDKWrapper {
 // request carries "User-Agent: OracleCloudSDKWrapper/<version>" and an
 // "opc-request-id" of 32 hex digits, the same for all attempts of one request
 // (it lands in the failure record, see COracleCloudBaseConnection).
+// Extension: every POST except a search (which only reads) also carries an
+// "opc-retry-token" of 32 hex digits, unsigned like the two above and the same
+// for every attempt of that request, so that a retried create whose first
+// attempt did reach the service is not done twice.
 //
 // Every send waits on the caller's thread, pauses included (with the defaults a
 // request can take 126 s of pauses plus seven transfers). Not thread-safe: one
@@ -51,7 +55,9 @@ public:
     // One request with retries: answers 429 and 500 are retried up to
     // nOCIMaximumRequestRetryCount times, each attempt signed anew. True for a
     // 2xx answer. On false the last answer's body is in `response` and its
-    // status in getLastHTTPErrorCode() (0 when no answer came). The flags are
+    // status in getLastHTTPErrorCode() (0 when no answer came); when no answer
+    // came or it broke off in its body, `response` is empty and GetLastError()
+    // holds the transfer's error text. The flags are
     // accepted for the interface and ignored.
     bool sendReq(HTTP_REQ_TYPE type, const std::string& url, const std::string& body, std::string& response,
                  bool flag1, bool flag2) override;
@@ -105,6 +111,7 @@ protected:
     uint32_t maxRequestRetryCount;
     std::string apiDomain;         // without a leading dot
     std::string endpointOverride;  // without a trailing slash; empty = none
+    std::string retryToken;        // of the POST being sent; empty for other requests
     bool m_lastAttemptSent = false;  // the last attempt reached the HTTP client
 };
 

@@ -9,20 +9,12 @@
 // wait. Checks: a header line found by name starts with that name and a
 // colon (any case) and is one line; the token taken from it keeps the page
 // token contract (see FuzzResponseHeaders.cpp).
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <cctype>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <mutex>
 #include <string>
-#include <thread>
 
+#include "FuzzLoopbackServer.h"
 #include "FuzzSupport.h"
 #include "oci/OracleCloudInfrastructureQueries.h"
 #include "parser/OracleCloudInfrastructureParser.h"
@@ -37,65 +29,6 @@ class PageEngineProbe : public COracleCloudInfrastructureQueries {
 public:
     using COracleCloudInfrastructureQueries::COracleCloudInfrastructureQueries;
     using COracleCloudInfrastructureQueries::_GetNextPageTokenFromHeader;
-};
-
-// One answer per connection: reads the request head, writes the current
-// answer, closes. Lives for the whole process.
-class LoopbackServer {
-public:
-    LoopbackServer() {
-        m_listen = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in addr{};
-        addr.sin_family = AF_INET;
-        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof(addr);
-        if (m_listen < 0 || ::bind(m_listen, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0 ||
-            ::listen(m_listen, 16) != 0 || ::getsockname(m_listen, reinterpret_cast<sockaddr*>(&addr), &len) != 0) {
-            ocwfuzz::Fail(__FILE__, __LINE__, "loopback listener", std::strerror(errno));
-        }
-        m_port = ntohs(addr.sin_port);
-        std::thread([this] { Serve(); }).detach();
-    }
-
-    unsigned short port() const { return m_port; }
-
-    void SetAnswer(std::string answer) {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_answer = std::move(answer);
-    }
-
-private:
-    void Serve() {
-        for (;;) {
-            int fd = ::accept(m_listen, nullptr, nullptr);
-            if (fd < 0) continue;
-            std::string request;
-            char buf[4096];
-            while (request.find("\r\n\r\n") == std::string::npos) {
-                ssize_t n = ::recv(fd, buf, sizeof(buf), 0);
-                if (n <= 0) break;
-                request.append(buf, static_cast<size_t>(n));
-            }
-            std::string answer;
-            {
-                std::lock_guard<std::mutex> lock(m_mutex);
-                answer = m_answer;
-            }
-            size_t sent = 0;
-            while (sent < answer.size()) {
-                ssize_t n = ::send(fd, answer.data() + sent, answer.size() - sent, MSG_NOSIGNAL);
-                if (n <= 0) break;
-                sent += static_cast<size_t>(n);
-            }
-            ::shutdown(fd, SHUT_RDWR);
-            ::close(fd);
-        }
-    }
-
-    int m_listen = -1;
-    unsigned short m_port = 0;
-    std::mutex m_mutex;
-    std::string m_answer;
 };
 
 bool StartsWithNoCase(const std::string& line, const std::string& prefix) {
@@ -122,7 +55,7 @@ void CheckLine(const char* name, const char* found, const std::string& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static LoopbackServer* server = new LoopbackServer;
+    static ocwfuzz::LoopbackServer* server = new ocwfuzz::LoopbackServer;
     static COracleCloudInfrastructureParser parser;
     static COracleCloudInfrastructureConnection connection(&parser);
     static PageEngineProbe engine(&connection, &parser);

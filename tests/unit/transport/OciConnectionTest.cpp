@@ -144,12 +144,12 @@ TEST_F(OciConnection, HeaderLinesArriveInTheOrderTheConnectionBuildsThem) {
     EXPECT_EQ(requests[0].requestLine, "GET /20160918/shapes HTTP/1.1");
     // libcurl puts Host right after the request line; the rest follow the
     // connection's order, the content type of the client's set-up first and
-    // the two extension headers last.
+    // the extension headers last (a POST's retry token after the other two).
     EXPECT_THAT(requests[0].headerNames(), ElementsAre("Host", "content-type", "Accept", "Date", "Connection",
                                                        "authorization", "User-Agent", "opc-request-id"));
     EXPECT_THAT(requests[1].headerNames(),
                 ElementsAre("Host", "content-type", "Accept", "Date", "Content-Length", "x-content-sha256",
-                            "Connection", "authorization", "User-Agent", "opc-request-id"));
+                            "Connection", "authorization", "User-Agent", "opc-request-id", "opc-retry-token"));
     EXPECT_EQ(requests[1].headerLines[0], "Host: iaas.us-ashburn-1.oraclecloud.com");
     EXPECT_EQ(requests[1].headerLines[6], "Connection: Keep-Alive");
 }
