@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 
 #include "OciConfigFile.h"
 
@@ -27,12 +28,12 @@ bool EqualNoCase(const std::string& a, const std::string& b) {
 }
 
 // Same reading rules as the library: sections and keys without regard to
-// case, whole-line comments, a later duplicate wins, values that are not
-// numbers keep the default.
-void ReadNumber(const std::string& path, const char* key, long long& value) {
+// case, whole-line comments, a later duplicate wins.
+bool ReadValue(const std::string& path, const char* key, std::string& value) {
     std::ifstream in(path);
     std::string line;
     bool inSection = false;
+    bool found = false;
     while (std::getline(in, line)) {
         line = Trim(line);
         if (line.empty() || line[0] == ';' || line[0] == '#') continue;
@@ -42,11 +43,19 @@ void ReadNumber(const std::string& path, const char* key, long long& value) {
         }
         const size_t eq = line.find('=');
         if (!inSection || eq == std::string::npos || !EqualNoCase(Trim(line.substr(0, eq)), key)) continue;
-        const std::string text = Trim(line.substr(eq + 1));
-        char* end = nullptr;
-        const long long parsed = std::strtoll(text.c_str(), &end, 10);
-        if (!text.empty() && end != nullptr && *end == '\0' && parsed >= 0) value = parsed;
+        value = Trim(line.substr(eq + 1));
+        found = true;
     }
+    return found;
+}
+
+// Values that are not numbers keep the default.
+void ReadNumber(const std::string& path, const char* key, long long& value) {
+    std::string text;
+    if (!ReadValue(path, key, text)) return;
+    char* end = nullptr;
+    const long long parsed = std::strtoll(text.c_str(), &end, 10);
+    if (!text.empty() && end != nullptr && *end == '\0' && parsed >= 0) value = parsed;
 }
 
 }  // namespace
@@ -74,6 +83,34 @@ bool AgentIni::locate(const std::string& given, std::string& error) {
     ::setenv("OCW_CONFIG", path.c_str(), 1);
     ReadNumber(path, "nOCIOperationWaitTime", waitSeconds);
     ReadNumber(path, "nOCIOperationTimeout", timeoutSeconds);
+    ReadNumber(path, "nOracleCloudOperationWaitTime", classicWaitSeconds);
+    ReadNumber(path, "nOracleCloudOperationTimeout", classicTimeoutSeconds);
+    return true;
+}
+
+bool AgentIni::trust(const std::string& caFile, std::string& error) {
+    std::string current;
+    if (caFile.empty() || (!path.empty() && ReadValue(path, "sCACertFile", current) && current == caFile)) return true;
+    std::string text;
+    if (!path.empty()) {
+        std::ifstream in(path);
+        std::ostringstream all;
+        all << in.rdbuf();
+        text = all.str();
+    }
+    // Appended last, so it wins over an sCACertFile of the given file.
+    text += "\n[VirtualServer]\nsCACertFile=" + caFile + "\n";
+    const char* tmp = std::getenv("TMPDIR");
+    std::string name = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/ocw-ini-XXXXXX";
+    const int fd = ::mkstemp(&name[0]);  // mode 0600
+    if (fd < 0 || ::write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        if (fd >= 0) ::close(fd);
+        error = "cannot write a temporary agent configuration in " + name;
+        return false;
+    }
+    ::close(fd);
+    derived = name;
+    ::setenv("OCW_CONFIG", derived.c_str(), 1);
     return true;
 }
 

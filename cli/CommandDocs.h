@@ -21,8 +21,10 @@ void AddGlobalOptionsToHelp(CLI::App& app, const std::string& footer);
 // ...". Empty when the words are fine (or help or the version is asked for).
 std::string CheckCommandWords(CLI::App& app, const std::vector<std::string>& args);
 
-// A man page (roff, section 1) and a bash completion script of app.
-void WriteManPage(const CLI::App& app, const std::string& version, std::ostream& out);
+// A man page (roff, section 1) and a bash completion script of app; the man
+// page lists the commands of classic (a Cloud Classic profile's) as well.
+void WriteManPage(const CLI::App& app, const std::string& version, std::ostream& out,
+                  const CLI::App* classic = nullptr);
 void WriteBashCompletion(const CLI::App& app, std::ostream& out);
 
 }  // namespace ocw

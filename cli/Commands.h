@@ -21,7 +21,17 @@ void RegisterImageCommands(CLI::App& app, Action& action);      // images, objec
 void RegisterDatabaseCommands(CLI::App& app, Action& action);
 void RegisterDemoCommand(CLI::App& app, Action& action);
 
+// The commands of a Cloud Classic profile (compute_endpoint / paas_endpoint).
+void RegisterClassicInstanceCommands(CLI::App& app, Action& action);   // instances, orchestrations
+void RegisterClassicVolumeCommands(CLI::App& app, Action& action);     // volumes, snapshots
+void RegisterClassicInventoryCommands(CLI::App& app, Action& action);  // keypairs, security-lists, networks
+void RegisterPaaSCommands(CLI::App& app, Action& action);              // db, java, mysql, jobs
+
 // Shared by several groups.
 void AddCompartmentOption(CLI::App& command, std::string& compartment);
+// A command of group with one required argument, that runs run(session, argument).
+CLI::App* AddOneArgumentCommand(CLI::App& group, Action& action, const std::string& name, const std::string& help,
+                                const std::string& argument, const std::string& argumentHelp,
+                                std::function<void(Session&, const std::string&)> run);
 
 }  // namespace ocw

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "DemoClassic.h"
 #include "DemoSteps.h"
 #include "EmulatorProcess.h"
 #include "Interrupt.h"
@@ -48,7 +49,8 @@ std::string DemoDiskImage() {
 // and the clean-up need.
 class Cycle {
 public:
-    Cycle(Session& session, DemoSteps& steps) : s_(session), steps_(steps), stamp_(std::to_string(std::time(nullptr))) {}
+    Cycle(Session& session, DemoSteps& steps)
+        : s_(session), steps_(steps), stamp_(std::to_string(std::time(nullptr))), cleanup_(steps) {}
 
     bool run() {
         return connect() && listCompartments() && listInstances() && pickInstance() && snapshotVolumes() &&
@@ -56,25 +58,11 @@ public:
     }
 
     // Removes what the cycle created, newest first; every item is tried.
-    void cleanUp() {
-        for (auto it = cleanup_.rbegin(); it != cleanup_.rend(); ++it) {
-            if (it->active) steps_.run("clean up: " + it->title, it->action);
-        }
-        cleanup_.clear();
-    }
+    void cleanUp() { cleanup_.run(); }
 
 private:
-    struct CleanupItem {
-        std::string title;
-        std::function<std::string()> action;
-        bool active;
-    };
-
-    // Returns the item's index, so that a later step can drop it when it has
-    // undone the change itself.
     size_t onCleanup(const std::string& title, std::function<std::string()> action) {
-        cleanup_.push_back({title, std::move(action), true});
-        return cleanup_.size() - 1;
+        return cleanup_.add(title, std::move(action));
     }
 
     bool connect() {
@@ -207,7 +195,7 @@ private:
         return steps_.run("detach it from the helper", [&] {
             s_.call("detach " + restored_ + " from " + helper_.vmName,
                     [&](COracleCloudWrapper& c) { return c.DetachVolume(restored_, helper_.guid); });
-            cleanup_[detachCleanup_].active = false;
+            cleanup_.cancel(detachCleanup_);
             return std::string("DETACHED");
         });
     }
@@ -312,7 +300,7 @@ private:
     Session& s_;
     DemoSteps& steps_;
     const std::string stamp_;
-    std::vector<CleanupItem> cleanup_;
+    DemoCleanup cleanup_;
     std::vector<SVMInfoLib> instances_;
     SVMInfoLib vm_;
     SVMInfoLib helper_;
@@ -325,6 +313,23 @@ private:
     std::string bucket_, object_, image_, launched_;
 };
 
+// The emulator's profile [DEFAULT] of configFile, its agent configuration,
+// and the user's verbosity.
+GlobalOptions DemoProfile(const GlobalOptions& global, const std::string& configFile, const std::string& ini) {
+    GlobalOptions demo;
+    demo.configFile = configFile;
+    demo.profile = "DEFAULT";
+    demo.ini = ini;
+    demo.verbosity = global.verbosity;
+    return demo;
+}
+
+void Heading(const GlobalOptions& global, const std::string& cloud) {
+    if (global.json) return;
+    std::printf(cloud.empty() ? "\n" : "\n%s\n", cloud.c_str());
+    std::fflush(stdout);
+}
+
 }  // namespace
 
 int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
@@ -332,7 +337,7 @@ int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
     // Steps print their own lines; a live progress line would tear them.
     Progress::SetEnabled(false);
     if (!global.json) {
-        std::printf("ocw demo: a backup-and-restore cycle through the library, against a local emulator\n\n");
+        std::printf("ocw demo: backup-and-restore cycles through the library, against a local emulator of both clouds\n");
         std::fflush(stdout);
     }
     DemoSteps steps(global.json);
@@ -359,12 +364,11 @@ int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
     });
 
     if (started) {
-        {
-            GlobalOptions demo;
-            demo.configFile = emulator.info().ociConfig;
-            demo.profile = "DEFAULT";
-            demo.ini = emulator.info().ini;
-            demo.verbosity = global.verbosity;
+        const bool oci = options.cloud != "classic";
+        const bool classic = options.cloud != "oci";
+        if (oci) {
+            Heading(global, "OCI");
+            const GlobalOptions demo = DemoProfile(global, emulator.info().ociConfig, emulator.info().ini);
             // The facade (and its keep-alive connection) is gone before the
             // emulator stops, which would otherwise wait for the connection.
             Session session(demo);
@@ -374,6 +378,23 @@ int RunDemo(const GlobalOptions& global, const DemoOptions& options) {
             cycle.run();
             cycle.cleanUp();
         }
+        if (classic) {
+            Heading(global, "Cloud Classic");
+            const GlobalOptions demo = DemoProfile(global, emulator.info().classicProfile, emulator.info().ini);
+            Session compute(demo);
+            Session paas(demo);
+            compute.setInterruptHints(false);
+            paas.setInterruptHints(false);
+            Interrupt::SetHint("stopping the emulator and removing its files");
+            if (demo.configFile.empty()) {
+                steps.run("read the emulator's Classic profile", []() -> std::string {
+                    throw CliError(kExitFailure, "the emulator names no classic_profile");
+                });
+            } else {
+                RunClassicCycle(compute, paas, steps, stateDir + "/captured");
+            }
+        }
+        Heading(global, "");
         steps.run("stop the emulator", [&] {
             emulator.stop();
             return std::string("stopped");

@@ -8,6 +8,7 @@ namespace ocw {
 
 struct DemoOptions {
     long long provisionMs = 200;  // how long the emulator's lifecycle transitions take
+    std::string cloud = "all";    // "oci", "classic" or "all"
 };
 
 // Exit code: kExitOk only when every step, clean-up included, succeeded;

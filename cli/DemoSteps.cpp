@@ -36,4 +36,16 @@ bool DemoSteps::run(const std::string& title, const std::function<std::string()>
     return ok;
 }
 
+size_t DemoCleanup::add(const std::string& title, std::function<std::string()> action) {
+    items_.push_back({title, std::move(action), true});
+    return items_.size() - 1;
+}
+
+void DemoCleanup::run() {
+    for (auto it = items_.rbegin(); it != items_.rend(); ++it) {
+        if (it->active) steps_.run("clean up: " + it->title, it->action);
+    }
+    items_.clear();
+}
+
 }  // namespace ocw

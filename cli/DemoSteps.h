@@ -31,6 +31,27 @@ private:
     boost::json::array steps_;
 };
 
+// What a cycle created, removed newest first as clean-up steps; every item is
+// tried, whatever failed before.
+class DemoCleanup {
+public:
+    explicit DemoCleanup(DemoSteps& steps) : steps_(steps) {}
+    // Returns the item's index, so that a later step can cancel it when it
+    // has undone the change itself.
+    size_t add(const std::string& title, std::function<std::string()> action);
+    void cancel(size_t index) { items_[index].active = false; }
+    void run();
+
+private:
+    struct Item {
+        std::string title;
+        std::function<std::string()> action;
+        bool active;
+    };
+    DemoSteps& steps_;
+    std::vector<Item> items_;
+};
+
 // "ocid1.volumebackup.oc1.phx.aaaa…" -> "volumebackup …" + its last 6 characters.
 std::string ShortId(const std::string& ocid);
 

@@ -154,6 +154,7 @@ bool EmulatorProcess::start(const std::string& binary, const std::vector<std::st
     info_.tenancy = Member(o, "tenancy");
     info_.region = Member(o, "region");
     info_.stateDir = Member(o, "state_dir");
+    info_.classicProfile = Member(o, "classic_profile");
     if (info_.endpoint.empty() || info_.ociConfig.empty() || info_.ini.empty()) {
         error = "the emulator's ready line lacks oci_endpoint, oci_config or ini";
         stop();

@@ -19,6 +19,7 @@ struct EmulatorEndpoint {
     std::string tenancy;
     std::string region;
     std::string stateDir;
+    std::string classicProfile;  // Classic profile (compute_endpoint, paas_endpoint, ...); empty when not served
 };
 
 class EmulatorProcess {

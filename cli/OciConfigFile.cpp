@@ -116,7 +116,7 @@ bool OciConfigFile::parse(const std::string& text, const std::string& path) {
 
 std::vector<std::string> OciConfigFile::profileNames() const { return order_; }
 
-bool OciConfigFile::resolve(const std::string& profile, const std::string& regionOverride, OciProfile& out) {
+bool OciConfigFile::merged(const std::string& profile, Section& out) {
     auto found = sections_.find(profile);
     if (found == sections_.end()) {
         std::string known;
@@ -125,10 +125,31 @@ bool OciConfigFile::resolve(const std::string& profile, const std::string& regio
                  (known.empty() ? std::string(" (the file has no profiles)") : " (profiles: " + known + ")");
         return false;
     }
-    Section merged;
+    out.clear();
     auto defaults = sections_.find("DEFAULT");
-    if (defaults != sections_.end()) merged = defaults->second;
-    for (const auto& kv : found->second) merged[kv.first] = kv.second;
+    if (defaults != sections_.end()) out = defaults->second;
+    for (const auto& kv : found->second) out[kv.first] = kv.second;
+    return true;
+}
+
+bool OciConfigFile::isClassic(const std::string& profile) {
+    Section values;
+    if (!merged(profile, values)) return false;
+    return values.count("compute_endpoint") != 0 || values.count("paas_endpoint") != 0;
+}
+
+std::string OciConfigFile::locateFile(const std::string& name) const {
+    std::string file = ExpandHome(name);
+    if (!file.empty() && file[0] != '/') {
+        const std::string besideConfig = DirectoryOf(Absolute(path_)) + "/" + file;
+        file = IsReadable(file) || !IsReadable(besideConfig) ? Absolute(file) : besideConfig;
+    }
+    return file;
+}
+
+bool OciConfigFile::resolve(const std::string& profile, const std::string& regionOverride, OciProfile& out) {
+    Section merged;
+    if (!this->merged(profile, merged)) return false;
 
     auto value = [&merged](const char* key) {
         auto it = merged.find(key);
@@ -163,11 +184,7 @@ bool OciConfigFile::resolve(const std::string& profile, const std::string& regio
         }
     }
 
-    std::string key = ExpandHome(p.keyFile);
-    if (key[0] != '/') {
-        const std::string besideConfig = DirectoryOf(Absolute(path_)) + "/" + key;
-        key = IsReadable(key) || !IsReadable(besideConfig) ? Absolute(key) : besideConfig;
-    }
+    const std::string key = locateFile(p.keyFile);
     if (!IsReadable(key)) {
         error_ = "key_file " + key + " of profile [" + profile + "] cannot be read";
         return false;

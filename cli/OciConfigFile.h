@@ -38,6 +38,18 @@ public:
 
     std::vector<std::string> profileNames() const;
 
+    using Section = std::map<std::string, std::string>;  // lower-case key -> value
+    // The profile's values over those of [DEFAULT]; false with error() when
+    // the profile is absent.
+    bool merged(const std::string& profile, Section& out);
+    // A profile that names a Compute Classic or PaaS endpoint is a Classic
+    // account (see ClassicProfile.h); any other profile is an OCI one.
+    bool isClassic(const std::string& profile);
+    // A file named in the config file, made absolute: "~" is expanded, and a
+    // relative name is looked up in the current directory, then beside the
+    // config file.
+    std::string locateFile(const std::string& name) const;
+
     // Fills out with the profile's values over those of [DEFAULT]. False with
     // error() when the profile is absent or a required key (user, fingerprint,
     // key_file, tenancy, and region unless regionOverride is given) is missing
@@ -50,7 +62,6 @@ public:
     const std::string& path() const { return path_; }
 
 private:
-    using Section = std::map<std::string, std::string>;  // lower-case key -> value
     std::string path_;
     std::vector<std::string> order_;
     std::map<std::string, Section> sections_;

@@ -1,5 +1,7 @@
 #include "Session.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <thread>
 
@@ -45,22 +47,95 @@ const AgentIni& Session::ini() {
     return ini_;
 }
 
+Session::~Session() {
+    facade_.reset();
+    if (!ini_.derived.empty()) ::unlink(ini_.derived.c_str());
+}
+
+OciConfigFile& Session::config() {
+    if (!configLoaded_) {
+        configPath_ =
+            options_.configFile.empty() ? OciConfigFile::DefaultPath() : OciConfigFile::ExpandHome(options_.configFile);
+        profileName_ = options_.profile.empty() ? OciConfigFile::DefaultProfile() : options_.profile;
+        if (!config_.load(configPath_)) throw CliError(kExitAuth, config_.error());
+        configLoaded_ = true;
+    }
+    return config_;
+}
+
+bool Session::classic() {
+    try {
+        return config().isClassic(profileName_);
+    } catch (const CliError&) {
+        return false;
+    }
+}
+
+bool ProfileIsClassic(const GlobalOptions& options) {
+    Session probe(options);
+    return probe.classic();
+}
+
 const OciProfile& Session::profile() {
     if (!profileLoaded_) {
-        OciConfigFile config;
-        const std::string path =
-            options_.configFile.empty() ? OciConfigFile::DefaultPath() : OciConfigFile::ExpandHome(options_.configFile);
-        const std::string name = options_.profile.empty() ? OciConfigFile::DefaultProfile() : options_.profile;
-        if (!config.load(path) || !config.resolve(name, options_.region, profile_)) {
-            throw CliError(kExitAuth, config.error());
+        OciConfigFile& file = config();
+        if (file.isClassic(profileName_)) {
+            throw CliError(kExitUsage, "profile [" + profileName_ + "] in " + configPath_ +
+                                           " is a Cloud Classic account; this command needs an OCI profile");
         }
+        if (!file.resolve(profileName_, options_.region, profile_)) throw CliError(kExitAuth, file.error());
         profileLoaded_ = true;
     }
     return profile_;
 }
 
+const ClassicProfile& Session::classicProfile() {
+    if (!classicLoaded_) {
+        OciConfigFile& file = config();
+        if (!file.isClassic(profileName_)) {
+            throw CliError(kExitUsage, "profile [" + profileName_ + "] in " + configPath_ +
+                                           " is not a Cloud Classic account (it names no compute_endpoint or "
+                                           "paas_endpoint)");
+        }
+        std::string error;
+        if (!ResolveClassicProfile(file, profileName_, classicProfile_, error)) throw CliError(kExitAuth, error);
+        classicLoaded_ = true;
+    }
+    return classicProfile_;
+}
+
+std::unique_ptr<COracleCloudWrapper> Session::connectClassic() {
+    using namespace OracleCloudSDKWrapper;
+    const ClassicProfile& p = classicProfile();
+    ini();
+    std::string error;
+    if (!ini_.trust(p.caFile, error)) throw CliError(kExitFailure, error);
+    const bool compute = service_ == ORACLE_SERVICE_COMPUTE;
+    const std::string endpoint = compute ? p.computeEndpoint : p.paasEndpoint;
+    if (endpoint.empty()) {
+        throw CliError(kExitAuth, "profile [" + p.name + "] names no " +
+                                      (compute ? "compute_endpoint" : "paas_endpoint") + " for this command");
+    }
+    auto facade = std::make_unique<COracleCloudWrapper>(compute ? ORACLE_CLOUD_CLASSIC : ORACLE_CLOUD_CLASSIC_PAAS);
+    LogRouter::Instance().beginCall();
+    failureBefore_ = facade->GetLastFailure();
+    if (!facade->Connect(endpoint, p.identityDomain + "/" + p.user, p.password, service_)) {
+        facade_ = std::move(facade);
+        FailureReport report = failure("cannot log in to " + endpoint + " as " + p.identityDomain + "/" + p.user +
+                                       " (profile [" + p.name + "], password from " + p.passwordSource + ")")
+                                   .report();
+        if (report.request.httpStatus == 401 || report.request.httpStatus == 403) report.code = kExitAuth;
+        throw CliError(report);
+    }
+    return facade;
+}
+
 COracleCloudWrapper& Session::cloud() {
     if (facade_) return *facade_;
+    if (classic()) {
+        facade_ = connectClassic();
+        return *facade_;
+    }
     const OciProfile& p = profile();
     ini();  // OCW_CONFIG must be in place before the facade reads its configuration
     auto facade = std::make_unique<COracleCloudWrapper>(OracleCloudSDKWrapper::ORACLE_CLOUD_INFRASTRUCTURE);
@@ -114,10 +189,16 @@ CliError Session::failure(const std::string& what) const {
     if (detail.empty()) detail = "no details (run with -v to see the library's log)";
     if (record.message.rfind("Timeout waiting", 0) == 0) {
         const AgentIni& tunables = const_cast<Session*>(this)->ini();
-        detail = "the library gave up waiting after " + std::to_string(tunables.timeoutSeconds) +
-                 " s; raise nOCIOperationTimeout in the agent configuration (--ini or OCW_CONFIG)";
+        const bool classic = const_cast<Session*>(this)->classic();
+        detail = "the library gave up waiting after " +
+                 std::to_string(classic ? tunables.classicTimeoutSeconds : tunables.timeoutSeconds) + " s; raise " +
+                 (classic ? "nOracleCloudOperationTimeout" : "nOCIOperationTimeout") +
+                 " in the agent configuration (--ini or OCW_CONFIG)";
     }
 
+    // Classic names a missing object in its own text when a directory or
+    // listing did not hold it ("Instance [web9] was not found").
+    const bool textSaysNotFound = record.httpStatus == 0 && detail.find("] was not found") != std::string::npos;
     // OCI's codes: "NotAuthenticated" (401); "NotAuthorizedOrNotFound" (404)
     // and object storage's "BucketNotFound", "ObjectNotFound", ...
     const bool codeSaysNotFound = EndsWith(record.serviceCode, "NotFound") &&
@@ -128,7 +209,7 @@ CliError Session::failure(const std::string& what) const {
     if (record.serviceCode == "NotAuthenticated" || record.httpStatus == 401 || unsigned_ ||
         record.message.find("decrypt the private key") != std::string::npos) {
         code = kExitAuth;
-    } else if (codeSaysNotFound || record.httpStatus == 404) {
+    } else if (codeSaysNotFound || record.httpStatus == 404 || textSaysNotFound) {
         code = kExitNotFound;
     }
     if (!record.serviceCode.empty()) detail += " (" + record.serviceCode + ")";
@@ -141,12 +222,14 @@ CliError Session::failure(const std::string& what) const {
 }
 
 long long Session::timeLimitSeconds() {
-    return options_.timeoutSeconds > 0 ? options_.timeoutSeconds : ini().timeoutSeconds;
+    if (options_.timeoutSeconds > 0) return options_.timeoutSeconds;
+    return classic() ? ini().classicTimeoutSeconds : ini().timeoutSeconds;
 }
 
 std::string Session::timeLimitSetting() {
-    return options_.timeoutSeconds > 0 ? std::string("--timeout")
-                                       : std::string("--timeout (default: nOCIOperationTimeout of the agent configuration)");
+    if (options_.timeoutSeconds > 0) return "--timeout";
+    return std::string("--timeout (default: ") + (classic() ? "nOracleCloudOperationTimeout" : "nOCIOperationTimeout") +
+           " of the agent configuration)";
 }
 
 std::string Session::waitFor(const WaitSpec& spec) {
@@ -156,7 +239,9 @@ std::string Session::waitFor(const WaitSpec& spec) {
     const AgentIni& tunables = ini();
     InFlight::Track(spec.resourceId);
     Progress progress(spec.label);
-    const milliseconds pause = tunables.waitSeconds > 0 ? milliseconds(tunables.waitSeconds * 1000) : milliseconds(200);
+    // As fast as the library polls the same cloud.
+    const long long waitSeconds = classic() ? tunables.classicWaitSeconds : tunables.waitSeconds;
+    const milliseconds pause = waitSeconds > 0 ? milliseconds(waitSeconds * 1000) : milliseconds(200);
     const long long limit = timeLimitSeconds();
     const Clock::time_point deadline = start_ + seconds(limit);
     std::string state;

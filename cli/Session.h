@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "AgentIni.h"
+#include "ClassicProfile.h"
 #include "ExitCodes.h"
 #include "OciConfigFile.h"
 #include "oraclecloud/OracleCloudWrapper.h"
@@ -39,6 +40,9 @@ class Session {
 public:
     explicit Session(GlobalOptions options)
         : options_(std::move(options)), start_(std::chrono::steady_clock::now()) {}
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     const GlobalOptions& options() const { return options_; }
     bool json() const { return options_.json; }
@@ -47,6 +51,16 @@ public:
     // cannot be used, CliError(kExitUsage) when --ini names an unreadable file.
     const OciProfile& profile();
     const AgentIni& ini();
+
+    // Whether the profile is a Cloud Classic account (see ClassicProfile.h);
+    // false when the config file cannot be read (profile() then says why).
+    bool classic();
+    // The Classic account; CliError(kExitAuth) when it cannot be used, also
+    // when the profile is an OCI one.
+    const ClassicProfile& classicProfile();
+    // Classic: the service the facade connects to, before the first cloud()
+    // (default Compute Classic; the PaaS services connect to paas_endpoint).
+    void setService(OracleCloudSDKWrapper::EOracleServiceType service) { service_ = service; }
 
     // The connected facade. CliError when the connection or the tenancy check fails.
     OracleCloudSDKWrapper::COracleCloudWrapper& cloud();
@@ -88,14 +102,27 @@ public:
 private:
     GlobalOptions options_;
     std::chrono::steady_clock::time_point start_;
+    OciConfigFile& config();
+    std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> connectClassic();
+
+    bool configLoaded_ = false;
+    OciConfigFile config_;
+    std::string configPath_, profileName_;
     bool profileLoaded_ = false;
     OciProfile profile_;
+    bool classicLoaded_ = false;
+    ClassicProfile classicProfile_;
+    OracleCloudSDKWrapper::EOracleServiceType service_ = OracleCloudSDKWrapper::ORACLE_SERVICE_COMPUTE;
     bool iniLoaded_ = false;
     AgentIni ini_;
     std::unique_ptr<OracleCloudSDKWrapper::COracleCloudWrapper> facade_;
     OracleCloudSDKWrapper::SOracleCloudFailureInfoLib failureBefore_;
     bool interruptHints_ = true;
 };
+
+// Whether the global options name a Classic profile, decided before the
+// command line is parsed (the commands differ by cloud).
+bool ProfileIsClassic(const GlobalOptions& options);
 
 // Connects facade with an OCI profile: the tenancy as server, the user text
 // "user|fingerprint|key_file|region", the pass phrase as password.

@@ -55,6 +55,18 @@ int UsageError(const std::string& message, bool json) {
     return ocw::kExitUsage;
 }
 
+// The value of a global option before the command line is parsed
+// ("--profile NAME" or "--profile=NAME"): the profile decides which cloud's
+// commands there are.
+std::string PeekOption(const std::vector<std::string>& args, const std::string& name) {
+    std::string value;
+    for (size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == name && i + 1 < args.size()) value = args[i + 1];
+        if (args[i].rfind(name + "=", 0) == 0) value = args[i].substr(name.size() + 1);
+    }
+    return value;
+}
+
 bool WriteFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
     std::ofstream out(path, std::ios::trunc);
     write(out);
@@ -77,14 +89,15 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.fallthrough();
     app.set_version_flag("--version", version, "print the versions of ocw and of the library");
-    app.add_option("--profile", options.profile, "profile of the OCI config file (default DEFAULT or $OCI_CLI_PROFILE)");
+    app.add_option("--profile", options.profile, "profile of the config file (default DEFAULT or $OCI_CLI_PROFILE); a profile with compute_endpoint or paas_endpoint is a Cloud Classic account");
     app.add_option("--config-file", options.configFile,
                    "OCI config file (default ~/.oci/config or $OCI_CLI_CONFIG_FILE)");
     app.add_option("--ini", options.ini, "agent configuration file of the library (default $OCW_CONFIG)");
     app.add_option("--region", options.region, "region to work in (default: the profile's region)");
     app.add_flag("--json", options.json, "machine-readable output; errors as JSON on stderr");
     app.add_option("--timeout", options.timeoutSeconds,
-                   "longest time in seconds of ocw's own waits (default: nOCIOperationTimeout of the agent "
+                   "longest time in seconds of ocw's own waits (default: nOCIOperationTimeout, for Cloud Classic "
+                   "nOracleCloudOperationTimeout, of the agent "
                    "configuration)")
         ->check(CLI::Range(1LL, 100000000LL).description(""))
         ->type_name("SECONDS");
@@ -96,19 +109,31 @@ int main(int argc, char** argv) {
     app.add_option("--generate-man-page", manPage)->group("");
     app.add_option("--generate-bash-completion", bashCompletion)->group("");
 
-    ocw::Action action;
-    ocw::RegisterInventoryCommands(app, action);
-    ocw::RegisterInstanceCommands(app, action);
-    ocw::RegisterVolumeCommands(app, action);
-    ocw::RegisterBackupCommands(app, action);
-    ocw::RegisterImageCommands(app, action);
-    ocw::RegisterDatabaseCommands(app, action);
-    ocw::RegisterDemoCommand(app, action);
-    ocw::AddGlobalOptionsToHelp(app, kFooter);
-
     const bool json = JsonAsked(argc, argv);
     const std::vector<std::string> args(argv + 1, argv + argc);
     const bool generating = argc == 3 && (args[0] == "--generate-man-page" || args[0] == "--generate-bash-completion");
+
+    ocw::GlobalOptions peek;
+    peek.profile = PeekOption(args, "--profile");
+    peek.configFile = PeekOption(args, "--config-file");
+    ocw::Action action;
+    if (!generating && ocw::ProfileIsClassic(peek)) {
+        app.description("ocw - manage Oracle Cloud Classic resources (Compute Classic and the PaaS services) through "
+                        "the OracleCloudSDKWrapper library");
+        ocw::RegisterClassicInstanceCommands(app, action);
+        ocw::RegisterClassicVolumeCommands(app, action);
+        ocw::RegisterClassicInventoryCommands(app, action);
+        ocw::RegisterPaaSCommands(app, action);
+    } else {
+        ocw::RegisterInventoryCommands(app, action);
+        ocw::RegisterInstanceCommands(app, action);
+        ocw::RegisterVolumeCommands(app, action);
+        ocw::RegisterBackupCommands(app, action);
+        ocw::RegisterImageCommands(app, action);
+        ocw::RegisterDatabaseCommands(app, action);
+    }
+    ocw::RegisterDemoCommand(app, action);
+    ocw::AddGlobalOptionsToHelp(app, kFooter);
     if (!generating) {
         const std::string wordError = ocw::CheckCommandWords(app, args);
         if (!wordError.empty()) return UsageError(wordError + " (see ocw --help)", json);
@@ -122,8 +147,14 @@ int main(int argc, char** argv) {
         return UsageError(std::string(e.what()) + " (see --help)", json);
     }
     if (!manPage.empty() || !bashCompletion.empty()) {
+        CLI::App classic{"", "ocw"};
+        ocw::Action unused;
+        ocw::RegisterClassicInstanceCommands(classic, unused);
+        ocw::RegisterClassicVolumeCommands(classic, unused);
+        ocw::RegisterClassicInventoryCommands(classic, unused);
+        ocw::RegisterPaaSCommands(classic, unused);
         const bool ok = (manPage.empty() || WriteFile(manPage, [&](std::ostream& out) {
-                             ocw::WriteManPage(app, version, out);
+                             ocw::WriteManPage(app, version, out, &classic);
                          })) &&
                         (bashCompletion.empty() ||
                          WriteFile(bashCompletion, [&](std::ostream& out) { ocw::WriteBashCompletion(app, out); }));

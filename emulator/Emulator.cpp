@@ -330,7 +330,7 @@ bool Emulator::start() {
         info_.ini = dir + "/ocw.ini";
         std::string ini = "[Base]\ndBASEHOME=" + dir + "\n\n[VirtualServer]\nsOCIEndpointOverride=" + info_.endpoint +
                           "\nsCACertFile=" + info_.caFile +
-                          "\nnOCIOperationWaitTime=1\nnOCIRequestRetryInitialIntervalInSeconds=1\n";
+                          "\nnOCIOperationWaitTime=1\nnOCIRequestRetryInitialIntervalInSeconds=1\nnOracleCloudOperationWaitTime=1\n";
         if (!WriteFileAtomic(info_.ini, ini, 0600)) throw std::runtime_error("cannot write " + info_.ini);
         if (ca.exists) {
             info_.classicEndpoint = info_.endpoint;

@@ -8,7 +8,8 @@
 //   const ocwemu::EmulatorInfo& i = emu.info();
 //   // i.endpoint ("https://127.0.0.1:<port>"), i.caFile, i.ociConfig (OCI config file, profile
 //   // DEFAULT), i.ini (library configuration with [VirtualServer] sOCIEndpointOverride,
-//   // sCACertFile, nOCIOperationWaitTime=1, nOCIRequestRetryInitialIntervalInSeconds=1 and
+//   // sCACertFile, nOCIOperationWaitTime=1, nOCIRequestRetryInitialIntervalInSeconds=1,
+//   // nOracleCloudOperationWaitTime=1 and
 //   // [Base] dBASEHOME), i.tenancy, i.user, i.fingerprint, i.keyFile, i.region
 //   ...
 //   emu.stop();                             // also done by the destructor

@@ -21,6 +21,26 @@ CliResult CliTest::Ocw(const std::vector<std::string>& args, const CliRunOptions
     return OcwRaw(all, options);
 }
 
+CliResult CliTest::OcwClassic(const std::vector<std::string>& args, const CliRunOptions& options) {
+    std::vector<std::string> all{"--config-file", info().classicProfile, "--ini", info().ini};
+    all.insert(all.end(), args.begin(), args.end());
+    return OcwRaw(all, options);
+}
+
+std::string CliTest::Text(const boost::json::value& v, const std::string& key) {
+    const boost::json::value* member = v.is_object() ? v.get_object().if_contains(key) : nullptr;
+    return member != nullptr && member->is_string() ? std::string(member->get_string()) : std::string();
+}
+
+std::string CliTest::TextOf(const boost::json::value& list, const std::string& match, const std::string& value,
+                            const std::string& key) {
+    if (!list.is_array()) return std::string();
+    for (const boost::json::value& item : list.get_array()) {
+        if (Text(item, match) == value) return Text(item, key);
+    }
+    return std::string();
+}
+
 boost::json::value CliTest::Json(const CliResult& result) {
     boost::system::error_code ec;
     boost::json::value v = boost::json::parse(result.out, ec);
@@ -32,17 +52,7 @@ boost::json::value CliTest::Json(const CliResult& result) {
 }
 
 std::string CliTest::IdOf(const boost::json::value& list, const std::string& key, const std::string& value) {
-    if (!list.is_array()) return std::string();
-    for (const boost::json::value& item : list.get_array()) {
-        if (!item.is_object()) continue;
-        const boost::json::value* member = item.get_object().if_contains(key);
-        const boost::json::value* id = item.get_object().if_contains("id");
-        if (member != nullptr && member->is_string() && member->get_string() == value && id != nullptr &&
-            id->is_string()) {
-            return std::string(id->get_string());
-        }
-    }
-    return std::string();
+    return TextOf(list, key, value, "id");
 }
 
 }  // namespace ocwtest

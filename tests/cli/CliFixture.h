@@ -18,6 +18,8 @@ class CliTest : public EmulatorTest {
 protected:
     // ocw with --config-file and --ini of the shared emulator in front of args.
     CliResult Ocw(const std::vector<std::string>& args, const CliRunOptions& options = {});
+    // ocw with the emulator's Classic profile (--config-file) and --ini in front of args.
+    CliResult OcwClassic(const std::vector<std::string>& args, const CliRunOptions& options = {});
     // ocw exactly as given.
     CliResult OcwRaw(const std::vector<std::string>& args, const CliRunOptions& options = {});
 
@@ -25,6 +27,11 @@ protected:
     static boost::json::value Json(const CliResult& result);
     // The "id" of the element of a JSON list whose member key equals value.
     static std::string IdOf(const boost::json::value& list, const std::string& key, const std::string& value);
+    // The string member `key` of a JSON object, or of the element of a JSON
+    // list whose member match equals value ("" when there is none).
+    static std::string Text(const boost::json::value& v, const std::string& key);
+    static std::string TextOf(const boost::json::value& list, const std::string& match, const std::string& value,
+                              const std::string& key);
 
     TempDir dir_;
 };
