@@ -14,9 +14,9 @@ public:
         : ClassicService(store, account), storage_(storage) {}
     void registerRoutes(Router& router) override;
 
-    // An instance from a launch-plan instance spec, with its launch-time
+    // An instance from a launch plan's instance entry, with its launch-time
     // storage attachments; `steps` is its timeline (empty: the launch
-    // timeline). null with the answer written when the spec is refused.
+    // timeline). null with the answer written when the entry is refused.
     Resource* launch(const JObject& spec, std::int64_t nowMs, ApiResponse& res, const std::string& orchestration = {},
                      const Timeline& steps = {});
     // Deletion: stopping now, gone with its attachments after the provisioning time.
